@@ -1,0 +1,138 @@
+#pragma once
+
+#include "store/configproperties.h"
+#include "store/records.h"
+
+#include <QDateTime>
+#include <QHash>
+#include <QImage>
+#include <QObject>
+#include <QPointF>
+#include <QStringList>
+
+#include <optional>
+
+class SoundPlayer;
+struct ThemeData;
+
+// The one live store: settings, the playlist catalogue, the current playlist
+// and track positions and the current theme's geometry. Every property setter
+// notifies through changed() only when the value really differs. Nothing is
+// saved on its own: whoever makes a change worth keeping calls saveSettings()
+// or writePlaylistTracks().
+class Config : public QObject
+{
+    Q_OBJECT
+
+public:
+#define PLINK_ENUM_ROW(Type, name, Setter, value) name,
+#define PLINK_ENUM_POINT(name, Setter, px, py) name,
+    enum class Property {
+        PLINK_SETTINGS_PROPERTIES(PLINK_ENUM_ROW)
+        PLINK_GEOMETRY_PROPERTIES(PLINK_ENUM_ROW, PLINK_ENUM_POINT)
+    };
+#undef PLINK_ENUM_ROW
+#undef PLINK_ENUM_POINT
+    static constexpr int propertyCount = int(Property::trackArtHeight) + 1;
+    static const char* propertyName(Property property);
+    static bool isGeometry(Property property) { return property >= Property::playerWidth; }
+
+    // Runs the whole start-up: defaults, Documents folder (fatal when it
+    // cannot be had), sound player, then the settings and the current theme,
+    // or on a first start the default settings, themes and first playlist.
+    explicit Config(QObject* parent = nullptr);
+    ~Config() override;
+
+    // Typed accessors, one pair per row of the property table.
+#define PLINK_ACCESSORS(Type, name, Setter, value)                                          \
+    Type name() const { return m_##name; }                                                  \
+    void Setter(const Type& newValue) { assign(m_##name, newValue, Property::name); }
+#define PLINK_POINT_ACCESSORS(name, Setter, px, py) PLINK_ACCESSORS(QPointF, name, Setter, _)
+    PLINK_SETTINGS_PROPERTIES(PLINK_ACCESSORS)
+    PLINK_GEOMETRY_PROPERTIES(PLINK_ACCESSORS, PLINK_POINT_ACCESSORS)
+#undef PLINK_ACCESSORS
+#undef PLINK_POINT_ACCESSORS
+
+    static QStringList defaultThemeCatalogue();
+
+    const QString& documentDirectory() const { return m_documentDirectory; }
+    SoundPlayer& soundPlayer() const { return *m_soundPlayer; }
+
+    // Settings file
+    QString settingsFileURL();
+    void loadSettings();
+    void saveSettings();
+    void writeDefaultSettings();
+
+    // Playlist files
+    QString playlistFileURL(const QUuid& id) const;
+    void ensurePlaylistsFolder();
+    void createPlaylist();
+    void deletePlaylist(const QUuid& id);
+    void writePlaylistTracks(const QUuid& id, const QList<Track>& tracks);
+    // Reads a playlist's file afresh; a failure prints its description.
+    std::optional<QList<Track>> readPlaylistTracks(const QUuid& id) const;
+    // The tracks of the playlist at currentPlaylistIndex, read afresh. The
+    // index must be in range (a programming error otherwise).
+    std::optional<QList<Track>> currentPlaylistTracks() const;
+    // Values read from files may point past the catalogue: brings
+    // currentPlaylistIndex back to 0 then. Returns whether a playlist exists.
+    bool bringCurrentPlaylistIntoRange();
+
+    // Track sequencing within the current playlist
+    void nextTrack();
+    void previousTrack();
+
+    // Themes (defined with the themes code)
+    QString themeFileURL() const;
+    QString themesFolder() const;
+    void loadTheme();
+    void writeDefaultTheme(const QString& themeName);
+    void installThemes();
+    QImage themePicture(const QString& picture) const;
+    ThemeData geometry() const;
+    void applyGeometry(const ThemeData& theme);
+
+signals:
+    void changed(Config::Property property);
+
+private:
+    template <class T>
+    void assign(T& member, const T& newValue, Property property)
+    {
+        if (sameValue(member, newValue))
+            return;
+        member = newValue;
+        emit changed(property);
+    }
+    template <class T>
+    static bool sameValue(const T& a, const T& b) { return a == b; }
+    // QPointF's operator== is fuzzy; a change is any change.
+    static bool sameValue(const QPointF& a, const QPointF& b) { return a.x() == b.x() && a.y() == b.y(); }
+
+    void createSoundPlayer();
+    QString applicationFolder() const;
+    QString playlistsFolder() const;
+    void startUp();
+    void firstStart();
+    SettingsData settingsForSaving() const;
+    void writeSettings(const SettingsData& data);
+
+#define PLINK_MEMBER(Type, name, Setter, value) Type m_##name = value;
+#define PLINK_POINT_MEMBER(name, Setter, px, py) QPointF m_##name = QPointF(px, py);
+    PLINK_SETTINGS_PROPERTIES(PLINK_MEMBER)
+    PLINK_GEOMETRY_PROPERTIES(PLINK_MEMBER, PLINK_POINT_MEMBER)
+#undef PLINK_MEMBER
+#undef PLINK_POINT_MEMBER
+
+    // Theme pictures, kept until their file changes on disk.
+    struct CachedPicture {
+        QDateTime modified;
+        qint64 size = -1;
+        QImage image;
+    };
+    mutable QHash<QString, CachedPicture> m_pictureCache;
+
+    QString m_documentDirectory;
+    SoundPlayer* m_soundPlayer = nullptr; // a child QObject
+};

@@ -1,0 +1,96 @@
+#include "store/fileio.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <filesystem>
+#include <system_error>
+
+namespace {
+
+QString quoted(const QString& path)
+{
+    return QLatin1Char('"') + path + QLatin1Char('"');
+}
+
+} // namespace
+
+QString makeFolder(const QString& path)
+{
+    std::error_code ec;
+    const std::filesystem::path fsPath(path.toStdString());
+    std::filesystem::create_directories(fsPath, ec);
+    if (!ec && std::filesystem::is_directory(fsPath, ec))
+        return {};
+    if (!ec)
+        ec = std::make_error_code(std::errc::not_a_directory);
+    return QStringLiteral("Could not create the folder %1: %2")
+        .arg(quoted(path), QString::fromStdString(ec.message()));
+}
+
+QString writeFilePlain(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return QStringLiteral("Could not write %1: %2").arg(quoted(path), file.errorString());
+    if (file.write(bytes) != bytes.size() || !file.flush())
+        return QStringLiteral("Could not write %1: %2").arg(quoted(path), file.errorString());
+    return {};
+}
+
+QString writeFileAtomic(const QString& path, const QByteArray& bytes)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return QStringLiteral("Could not write %1: %2").arg(quoted(path), file.errorString());
+    if (file.write(bytes) != bytes.size()) {
+        const QString error = file.errorString();
+        file.cancelWriting();
+        return QStringLiteral("Could not write %1: %2").arg(quoted(path), error);
+    }
+    if (!file.commit())
+        return QStringLiteral("Could not write %1: %2").arg(quoted(path), file.errorString());
+    return {};
+}
+
+QString removeFile(const QString& path)
+{
+    QFile file(path);
+    if (QFileInfo(path).isDir())
+        return QStringLiteral("Could not remove %1: it is a folder").arg(quoted(path));
+    if (!file.remove())
+        return QStringLiteral("Could not remove %1: %2").arg(quoted(path), file.errorString());
+    return {};
+}
+
+FileBytes readWholeFile(const QString& path)
+{
+    if (QFileInfo(path).isDir())
+        return {std::nullopt, QStringLiteral("Could not read %1: it is a folder").arg(quoted(path))};
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {std::nullopt, QStringLiteral("Could not read %1: %2").arg(quoted(path), file.errorString())};
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return {std::nullopt, QStringLiteral("Could not read %1: %2").arg(quoted(path), file.errorString())};
+    return {std::move(bytes), {}};
+}
+
+bool existsAt(const QString& path)
+{
+    return QFileInfo::exists(path);
+}
+
+QString keepBrokenCopy(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.isFile())
+        return {};
+    QString target = path + QLatin1String(".broken");
+    for (int n = 2; existsAt(target) && n < 1000; ++n)
+        target = path + QLatin1String(".broken-") + QString::number(n);
+    if (existsAt(target) || !QFile::copy(path, target))
+        return {};
+    return target;
+}

@@ -1,0 +1,186 @@
+#include "store/jsonreader.h"
+
+#include <QJsonDocument>
+#include <QJsonParseError>
+
+#include <cctype>
+
+std::optional<QJsonObject> parseJsonObject(const QByteArray& bytes, QString& error)
+{
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
+    if (parseError.error != QJsonParseError::NoError) {
+        error = QStringLiteral("The data is not valid JSON: %1 at offset %2")
+                    .arg(parseError.errorString())
+                    .arg(parseError.offset);
+        return std::nullopt;
+    }
+    if (!document.isObject()) {
+        error = QStringLiteral("The data is not a JSON object.");
+        return std::nullopt;
+    }
+    return document.object();
+}
+
+std::optional<qint64> exactInteger(const QJsonValue& value)
+{
+    if (!value.isDouble())
+        return std::nullopt;
+    // toInteger() falls back to its argument when the number is not a whole
+    // qint64; asking with two different fallbacks tells the cases apart.
+    const qint64 a = value.toInteger(0);
+    const qint64 b = value.toInteger(1);
+    if (a != b)
+        return std::nullopt;
+    return a;
+}
+
+std::optional<QUuid> uuidFromText(const QString& text)
+{
+    if (text.size() != 36)
+        return std::nullopt;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
+        if (dash ? c != QLatin1Char('-') : !std::isxdigit(static_cast<unsigned char>(c.toLatin1())) || c.unicode() > 0x7f)
+            return std::nullopt;
+    }
+    return QUuid::fromString(text);
+}
+
+QString uuidText(const QUuid& id)
+{
+    return id.toString(QUuid::WithoutBraces).toUpper();
+}
+
+JsonObjectReader::JsonObjectReader(const QJsonObject& object, QString where)
+    : m_object(object)
+    , m_where(std::move(where))
+{
+}
+
+void JsonObjectReader::fail(const QString& key, const char* expected)
+{
+    if (!ok())
+        return;
+    const QString place = m_where.isEmpty() ? QString() : QStringLiteral(" in %1").arg(m_where);
+    if (!m_object.contains(key))
+        m_error = QStringLiteral("The data is missing the key \"%1\"%2.").arg(key, place);
+    else
+        m_error = QStringLiteral("The key \"%1\"%2 is not %3.").arg(key, place, QLatin1String(expected));
+}
+
+std::optional<QJsonValue> JsonObjectReader::take(const QString& key)
+{
+    if (!ok())
+        return std::nullopt;
+    const auto it = m_object.constFind(key);
+    if (it == m_object.constEnd()) {
+        fail(key, "present");
+        return std::nullopt;
+    }
+    return it.value();
+}
+
+QString JsonObjectReader::string(const QString& key)
+{
+    const auto value = take(key);
+    if (value && value->isString())
+        return value->toString();
+    if (value)
+        fail(key, "a string");
+    return {};
+}
+
+bool JsonObjectReader::boolean(const QString& key)
+{
+    const auto value = take(key);
+    if (value && value->isBool())
+        return value->toBool();
+    if (value)
+        fail(key, "a boolean");
+    return false;
+}
+
+double JsonObjectReader::number(const QString& key)
+{
+    const auto value = take(key);
+    if (value && value->isDouble())
+        return value->toDouble();
+    if (value)
+        fail(key, "a number");
+    return 0;
+}
+
+qint64 JsonObjectReader::integer(const QString& key, qint64 min, qint64 max)
+{
+    const auto value = take(key);
+    if (!value)
+        return 0;
+    if (const auto whole = exactInteger(*value); whole && *whole >= min && *whole <= max)
+        return *whole;
+    fail(key, "an integer");
+    return 0;
+}
+
+std::optional<qint64> JsonObjectReader::optionalInteger(const QString& key)
+{
+    if (!ok())
+        return std::nullopt;
+    const QJsonValue value = m_object.value(key);
+    if (value.isUndefined() || value.isNull())
+        return std::nullopt;
+    if (const auto whole = exactInteger(value))
+        return whole;
+    fail(key, "an integer");
+    return std::nullopt;
+}
+
+QJsonArray JsonObjectReader::array(const QString& key)
+{
+    const auto value = take(key);
+    if (value && value->isArray())
+        return value->toArray();
+    if (value)
+        fail(key, "an array");
+    return {};
+}
+
+QUuid JsonObjectReader::uuid(const QString& key)
+{
+    const auto value = take(key);
+    if (!value)
+        return {};
+    if (value->isString()) {
+        if (const auto id = uuidFromText(value->toString()))
+            return *id;
+    }
+    fail(key, "a UUID");
+    return {};
+}
+
+QStringList JsonObjectReader::strings(const QString& key)
+{
+    const QJsonArray list = array(key);
+    QStringList result;
+    result.reserve(list.size());
+    for (const QJsonValue& item : list) {
+        if (!item.isString()) {
+            fail(key, "an array of strings");
+            return {};
+        }
+        result.append(item.toString());
+    }
+    return result;
+}
+
+std::optional<QJsonObject> JsonObjectReader::objectAt(const QJsonArray& array, qsizetype index, const QString& key)
+{
+    if (!ok())
+        return std::nullopt;
+    const QJsonValue item = array.at(index);
+    if (item.isObject())
+        return item.toObject();
+    m_error = QStringLiteral("Item %1 of \"%2\" is not an object.").arg(index).arg(key);
+    return std::nullopt;
+}

@@ -1,0 +1,108 @@
+// Config's playlist files: where they are, creating and deleting playlists.
+#include "store/config.h"
+
+#include "store/console.h"
+#include "store/fileio.h"
+#include "store/jsonreader.h"
+
+#include <QCoreApplication>
+
+QString Config::playlistsFolder() const
+{
+    return applicationFolder() + QLatin1Char('/') + QCoreApplication::translate("Config", "Playlists");
+}
+
+QString Config::playlistFileURL(const QUuid& id) const
+{
+    return playlistsFolder() + QLatin1Char('/') + uuidText(id) + QStringLiteral(".json");
+}
+
+void Config::ensurePlaylistsFolder()
+{
+    // Only a missing folder counts as a first start; an empty one is left alone.
+    const QString folder = playlistsFolder();
+    if (existsAt(folder))
+        return;
+    if (const QString error = makeFolder(folder); !error.isEmpty()) {
+        printLine(error);
+        return;
+    }
+    createPlaylist();
+}
+
+void Config::createPlaylist()
+{
+    if (lastSelectedPlaylistID() != 0)
+        setLastSelectedPlaylistID(0);
+    const QString name = QCoreApplication::translate("Config", "Untitled");
+    const QUuid id = QUuid::createUuid();
+    const QString error = writeFilePlain(playlistFileURL(id), toJson(PlaylistData{}));
+    printLine(error.isEmpty() ? QStringLiteral("New playlist written successfully.") : error);
+    QList<Playlist> catalogue = playlists();
+    catalogue.append({id, name});
+    setPlaylists(catalogue);
+    saveSettings();
+}
+
+void Config::deletePlaylist(const QUuid& id)
+{
+    if (lastSelectedPlaylistID() != 0)
+        setLastSelectedPlaylistID(0);
+    const QString path = playlistFileURL(id);
+    // The catalogue is never left empty.
+    if (playlists().size() == 1)
+        createPlaylist();
+    if (existsAt(path)) {
+        if (const QString error = removeFile(path); !error.isEmpty())
+            printLine(QStringLiteral("Failed to delete playlist file: ") + error);
+    }
+    QList<Playlist> catalogue = playlists();
+    const auto found = std::find_if(catalogue.begin(), catalogue.end(),
+                                    [&](const Playlist& playlist) { return playlist.id == id; });
+    if (found == catalogue.end())
+        return;
+    catalogue.erase(found);
+    setPlaylists(catalogue);
+    saveSettings();
+}
+
+void Config::writePlaylistTracks(const QUuid& id, const QList<Track>& tracks)
+{
+    const QString error = writeFileAtomic(playlistFileURL(id), toJson(PlaylistData{tracks}));
+    // The wording names theme.json although a playlist is written; it is kept as is.
+    if (!error.isEmpty())
+        printLine(QStringLiteral("Failed to write theme.json: ") + error);
+}
+
+std::optional<QList<Track>> Config::readPlaylistTracks(const QUuid& id) const
+{
+    const FileBytes file = readWholeFile(playlistFileURL(id));
+    if (!file.bytes) {
+        printLine(file.error);
+        return std::nullopt;
+    }
+    Decoded<PlaylistData> data = playlistDataFromJson(*file.bytes);
+    if (!data) {
+        printLine(data.error);
+        return std::nullopt;
+    }
+    return std::move(data.value->tracks);
+}
+
+std::optional<QList<Track>> Config::currentPlaylistTracks() const
+{
+    const qint64 index = currentPlaylistIndex();
+    const QList<Playlist> catalogue = playlists();
+    PLINK_CHECK(index >= 0 && index < catalogue.size(), "currentPlaylistIndex is outside the playlists");
+    return readPlaylistTracks(catalogue.at(index).id);
+}
+
+bool Config::bringCurrentPlaylistIntoRange()
+{
+    const qint64 count = playlists().size();
+    if (count == 0)
+        return false;
+    if (currentPlaylistIndex() < 0 || currentPlaylistIndex() >= count)
+        setCurrentPlaylistIndex(0);
+    return true;
+}

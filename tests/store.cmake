@@ -1,0 +1,1 @@
+plink_add_test(test_records SOURCES test_records.cpp LIBS plinkcore)

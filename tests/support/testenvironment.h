@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+#include <QTest>
+
+// A private HOME with an empty Documents folder for one test binary, made
+// before the application object exists, so that no test ever touches the real
+// user's files. Widget tests get the offscreen platform unless the test was
+// registered as needing the display (PLINK_TEST_DISPLAY).
+class TestEnvironment
+{
+public:
+    TestEnvironment();
+    ~TestEnvironment();
+
+    static QString home();
+    static QString documents();
+    // Empties Documents (and the rest of HOME) between test cases.
+    static void wipeHome();
+
+private:
+    QString m_root;
+};
+
+#define PLINK_TEST_MAIN_WITH(AppType, TestClass)                                            \
+    int main(int argc, char* argv[])                                                        \
+    {                                                                                       \
+        TestEnvironment environment;                                                        \
+        AppType app(argc, argv);                                                            \
+        TestClass test;                                                                     \
+        QTEST_SET_MAIN_SOURCE_PATH                                                          \
+        return QTest::qExec(&test, argc, argv);                                             \
+    }
