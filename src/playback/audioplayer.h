@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QImage>
+#include <QObject>
+#include <QString>
+#include <QUrl>
+
+#include <functional>
+#include <optional>
+
+class QAudioOutput;
+class QMediaPlayer;
+class QTimer;
+
+// Why play() could not open a file.
+struct PlayError {
+    QString domain;      // "AudioPlayer" for our own failures
+    int code = 0;        // -1 for a missing file
+    QString description; // "File does not exist"
+};
+
+// The playback engine: one open file at a time. Every observable value
+// notifies only when it really changes.
+class AudioPlayer : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit AudioPlayer(QObject* parent = nullptr);
+    ~AudioPlayer() override;
+
+    // The open file's player, or null before the first file is opened.
+    QMediaPlayer* player() const;
+    bool hasTimer() const;
+    double progress() const;  // 0 … 1
+    double duration() const;  // seconds
+    bool isPlaying() const;
+    QImage albumArt() const;  // null when the open file has none
+    QUrl currentUrl() const;  // the open file
+
+    // Called when a track plays to its natural end.
+    std::function<void()> onTrackFinished;
+
+    // Opens url unless it is the open file, and plays it.
+    std::optional<PlayError> play(const QUrl& url);
+    void pause();
+    void stop();
+    void seek(double fraction);
+
+    // The 0.1-second progress timer, also driven by the scrub bar.
+    void invalidateTimer();
+    void restartTimer();
+    void tick();
+
+    // 0 … 1; only meaningful while a file is open.
+    float volume() const;
+    void setVolume(float volume);
+
+signals:
+    void playerChanged();
+    void timerChanged();
+    void progressChanged();
+    void durationChanged();
+    void isPlayingChanged();
+    void albumArtChanged();
+};
