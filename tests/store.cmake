@@ -1,1 +1,6 @@
 plink_add_test(test_records SOURCES test_records.cpp LIBS plinkcore)
+plink_add_test(test_config SOURCES test_config.cpp LIBS plinkcore)
+target_compile_definitions(test_config PRIVATE PLINKBOX_EXECUTABLE="$<TARGET_FILE:plinkbox>")
+add_dependencies(test_config plinkbox)
+plink_add_test(test_playlists SOURCES test_playlists.cpp LIBS plinkcore)
+plink_add_test(test_sequencing SOURCES test_sequencing.cpp LIBS plinkcore)

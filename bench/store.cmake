@@ -1,0 +1,2 @@
+add_executable(bench_store bench_store.cpp)
+target_link_libraries(bench_store PRIVATE plinkcore plink_warnings)

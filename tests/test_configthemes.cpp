@@ -1,0 +1,214 @@
+#include "store/config.h"
+#include "support/stdoutcapture.h"
+#include "support/testenvironment.h"
+#include "themes/defaultlayouts.h"
+#include "themes/themedata.h"
+
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QSignalSpy>
+
+namespace {
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeFile(const QString& path, const QByteArray& bytes)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(bytes);
+}
+
+QString themeFolder(const Config& config, const QString& theme)
+{
+    return config.themesFolder() + QLatin1Char('/') + theme;
+}
+
+// The test pictures: solid colours, to tell which one was shown.
+QRgb colourOf(const QImage& image)
+{
+    return image.isNull() ? 0 : image.pixel(0, 0);
+}
+
+} // namespace
+
+class ConfigThemesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { TestEnvironment::wipeHome(); }
+
+    void defaultLayoutDependsOnTheExactName_data();
+    void defaultLayoutDependsOnTheExactName();
+    void loadingAppliesTheFileOrNothing();
+    void loadingEqualValuesNotifiesNothing();
+    void installationCopiesOnceAndSkipsWhatIsMissing();
+    void aBlockedThemeFolderOnlySkipsThatTheme();
+    void picturesComeFromTheThemeFolderWithFallback();
+};
+
+void ConfigThemesTest::defaultLayoutDependsOnTheExactName_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("family"); // -1: the store's present geometry
+    QTest::newRow("mini-graphite") << "mini-graphite" << int(ThemeFamily::mini);
+    QTest::newRow("neo-yuzu") << "neo-yuzu" << int(ThemeFamily::neo);
+    QTest::newRow("max-blackberry") << "max-blackberry" << int(ThemeFamily::max);
+    QTest::newRow("nano-strawberry") << "nano-strawberry" << int(ThemeFamily::nano);
+    QTest::newRow("capital letter") << "Neo-yuzu" << -1;
+    QTest::newRow("unknown colour") << "neo-cherry" << -1;
+    QTest::newRow("family only") << "neo" << -1;
+}
+
+void ConfigThemesTest::defaultLayoutDependsOnTheExactName()
+{
+    QFETCH(QString, name);
+    QFETCH(int, family);
+    Config config;
+    config.setPlayerWidth(321.25); // so that "the present geometry" is recognisable
+    QDir().mkpath(themeFolder(config, name));
+    config.writeDefaultTheme(name);
+    const auto written = themeDataFromJson(readFile(themeFolder(config, name) + QStringLiteral("/theme.json")));
+    QVERIFY(written);
+    const ThemeData expected = family < 0 ? config.geometry() : familyLayout(ThemeFamily(family));
+    QCOMPARE(*written.value, expected);
+    QCOMPARE(written.value->playerWidth == 321.25, family < 0);
+}
+
+void ConfigThemesTest::loadingAppliesTheFileOrNothing()
+{
+    Config config;
+    config.setCurrentTheme(QStringLiteral("nano-tangerine"));
+    config.loadTheme();
+    QCOMPARE(config.geometry(), familyLayout(ThemeFamily::nano));
+    QCOMPARE(config.trackTextSize(), 0);
+    QCOMPARE(config.trackArtWidth(), 0.0);
+    QCOMPARE(config.playlistMenuWidth(), 0.0);
+    QCOMPARE(config.rrPos(), QPointF(42, 33));
+
+    // A file lacking one key changes nothing and says so.
+    config.setCurrentTheme(QStringLiteral("max-graphite"));
+    const QString path = config.themeFileURL();
+    QByteArray bytes = readFile(path);
+    bytes.replace("\"trackArtHeight\"", "\"trackArtHeightX\"");
+    writeFile(path, bytes);
+    QSignalSpy spy(&config, &Config::changed);
+    {
+        StdoutCapture out;
+        config.loadTheme();
+        QCOMPARE(out.lines().size(), 1);
+        QVERIFY(out.lines().first().startsWith(QStringLiteral("Failed to read theme.json: ")));
+    }
+    // Unreadable (a folder) fails the same way; a missing file is silent.
+    QFile::remove(path);
+    QDir().mkpath(path);
+    {
+        StdoutCapture out;
+        config.loadTheme();
+        QVERIFY(out.lines().first().startsWith(QStringLiteral("Failed to read theme.json: ")));
+    }
+    config.setCurrentTheme(QStringLiteral("no-such-theme"));
+    {
+        StdoutCapture out;
+        config.loadTheme();
+        QCOMPARE(out.text(), QString());
+    }
+    QCOMPARE(spy.count(), 2); // the two theme name changes only
+    QCOMPARE(config.geometry(), familyLayout(ThemeFamily::nano));
+}
+
+void ConfigThemesTest::loadingEqualValuesNotifiesNothing()
+{
+    Config config;
+    config.loadTheme(); // mini: only the two text sizes differ from the store's defaults
+    QCOMPARE(config.trackTextSize(), 10);
+    QSignalSpy spy(&config, &Config::changed);
+    config.loadTheme();
+    QCOMPARE(spy.count(), 0);
+
+    // A hand-edited file: only the changed properties notify, in field order.
+    ThemeData edited = familyLayout(ThemeFamily::mini);
+    edited.closePosY = 12;
+    edited.trackArtWidth = 90;
+    writeFile(config.themeFileURL(), toJson(edited));
+    config.loadTheme();
+    QCOMPARE(spy.count(), 2);
+    QCOMPARE(spy.at(0).at(0).value<Config::Property>(), Config::Property::closePos);
+    QCOMPARE(spy.at(1).at(0).value<Config::Property>(), Config::Property::trackArtWidth);
+}
+
+void ConfigThemesTest::installationCopiesOnceAndSkipsWhatIsMissing()
+{
+    Config config;
+    // The test resources hold neo-lime's close and player pictures and one mini-blueberry picture.
+    const QString neo = themeFolder(config, QStringLiteral("neo-lime"));
+    QCOMPARE(QDir(neo).entryList(QDir::Files, QDir::Name),
+             (QStringList{QStringLiteral("close.png"), QStringLiteral("player.png"), QStringLiteral("theme.json")}));
+    QCOMPARE(readFile(neo + QStringLiteral("/close.png")), readFile(QStringLiteral(":/themes/neo-lime-close@2x.png")));
+    QVERIFY(QFileInfo(neo + QStringLiteral("/close.png")).isWritable()); // the user may edit it
+    QCOMPARE(QDir(themeFolder(config, QStringLiteral("nano-tangerine"))).entryList(QDir::Files),
+             QStringList{QStringLiteral("theme.json")});
+
+    // With the Themes folder present nothing is installed again, not even a deleted theme.
+    QDir(neo).removeRecursively();
+    config.installThemes();
+    QVERIFY(!QFile::exists(neo));
+    QDir(config.themesFolder()).removeRecursively();
+    config.setAvailableThemes({QStringLiteral("neo-lime")});
+    config.installThemes();
+    QCOMPARE(QDir(config.themesFolder()).entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList{"neo-lime"});
+}
+
+void ConfigThemesTest::aBlockedThemeFolderOnlySkipsThatTheme()
+{
+    Config config;
+    QDir(config.themesFolder()).removeRecursively();
+    // The middle theme's folder cannot be made: a file of the first theme stands in its path.
+    config.setAvailableThemes({QStringLiteral("mini-lime"), QStringLiteral("mini-lime/theme.json/x"),
+                               QStringLiteral("max-yuzu")});
+    StdoutCapture out;
+    config.installThemes();
+    QCOMPARE(out.lines().size(), 1);
+    QVERIFY(QFile::exists(themeFolder(config, QStringLiteral("mini-lime")) + QStringLiteral("/theme.json")));
+    QVERIFY(QFile::exists(themeFolder(config, QStringLiteral("max-yuzu")) + QStringLiteral("/theme.json")));
+
+    // No Themes folder at all: one message, nothing installed.
+    QDir(config.themesFolder()).removeRecursively();
+    writeFile(config.themesFolder(), "in the way");
+    StdoutCapture blocked;
+    config.installThemes();
+    QCOMPARE(blocked.lines().size(), 0); // something exists there: installation is not attempted
+}
+
+void ConfigThemesTest::picturesComeFromTheThemeFolderWithFallback()
+{
+    Config config;
+    config.setCurrentTheme(QStringLiteral("neo-lime"));
+    const QImage installed = config.themePicture(QStringLiteral("close"));
+    QCOMPARE(installed.size(), QSize(34, 28));
+    QCOMPARE(installed.devicePixelRatio(), 2.0);
+    QCOMPARE(colourOf(installed), qRgb(0, 200, 0));
+
+    // A picture the user replaced is shown at the next lookup.
+    QImage replacement(40, 30, QImage::Format_ARGB32);
+    replacement.fill(qRgb(10, 20, 30));
+    QVERIFY(replacement.save(themeFolder(config, QStringLiteral("neo-lime")) + QStringLiteral("/close.png")));
+    QCOMPARE(colourOf(config.themePicture(QStringLiteral("close"))), qRgb(10, 20, 30));
+
+    // Missing or unreadable: the built-in fallback, whatever the theme.
+    writeFile(themeFolder(config, QStringLiteral("neo-lime")) + QStringLiteral("/close.png"), "not a png");
+    QCOMPARE(colourOf(config.themePicture(QStringLiteral("close"))), qRgb(200, 0, 0));
+    config.setCurrentTheme(QStringLiteral("not-installed"));
+    QCOMPARE(colourOf(config.themePicture(QStringLiteral("close"))), qRgb(200, 0, 0));
+    QVERIFY(config.themePicture(QStringLiteral("no-such-picture")).isNull());
+}
+
+PLINK_TEST_MAIN_WITH(QGuiApplication, ConfigThemesTest)
+#include "test_configthemes.moc"
