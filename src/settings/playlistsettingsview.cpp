@@ -1,0 +1,319 @@
+#include "settings/playlistsettingsview.h"
+
+#include "settings/themedicon.h"
+#include "settings/tracktable.h"
+#include "store/console.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
+    : QWidget(parent)
+    , m_config(config)
+    , m_dropDelegate(m_model.trackList(), config, m_draggedTrack, [this] { commitOrder(); })
+{
+    m_picker = new QComboBox(this);
+    m_picker->setObjectName(QStringLiteral("playlistPicker"));
+    m_picker->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    m_newButton = new QToolButton(this);
+    m_newButton->setObjectName(QStringLiteral("newPlaylistButton"));
+    m_newButton->setIcon(themedIcon(QStringLiteral("document-new"), QStyle::SP_FileIcon, this));
+    m_newButton->setToolTip(tr("New playlist"));
+
+    m_nameField = new QLineEdit(this);
+    m_nameField->setObjectName(QStringLiteral("playlistNameField"));
+    m_nameField->setPlaceholderText(tr("Playlist name"));
+    auto* nameLabel = new QLabel(tr("Name"), this);
+    nameLabel->setBuddy(m_nameField);
+
+    m_table = new TrackTable(m_model, m_dropDelegate, m_draggedTrack, this);
+    m_table->setObjectName(QStringLiteral("trackTable"));
+
+    m_trashButton = new QToolButton(this);
+    m_trashButton->setObjectName(QStringLiteral("removeTracksButton"));
+    m_trashButton->setIcon(themedIcon(QStringLiteral("edit-delete"), QStyle::SP_TrashIcon, this));
+    m_trashButton->setToolTip(tr("Remove the selected tracks"));
+    m_addButton = new QPushButton(tr("Add tracks..."), this);
+    m_addButton->setObjectName(QStringLiteral("addTracksButton"));
+    m_deleteButton = new QPushButton(this);
+    m_deleteButton->setObjectName(QStringLiteral("deletePlaylistButton"));
+
+    auto* pickerRow = new QHBoxLayout;
+    pickerRow->addWidget(m_picker);
+    pickerRow->addWidget(m_newButton);
+    auto* nameRow = new QHBoxLayout;
+    nameRow->addWidget(nameLabel);
+    nameRow->addWidget(m_nameField);
+    auto* buttonRow = new QHBoxLayout;
+    buttonRow->addWidget(m_trashButton);
+    buttonRow->addWidget(m_addButton);
+    buttonRow->addStretch();
+    buttonRow->addWidget(m_deleteButton);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(pickerRow);
+    layout->addLayout(nameRow);
+    layout->addWidget(m_table, 1);
+    layout->addLayout(buttonRow);
+
+    m_deleteWarningTimer.setSingleShot(true);
+    m_deleteWarningTimer.setInterval(deleteWarningMilliseconds);
+    connect(&m_deleteWarningTimer, &QTimer::timeout, this, [this] { setDeleteWarning(false); });
+
+    connect(m_picker, &QComboBox::currentIndexChanged, this, [this](int index) {
+        if (index >= 0)
+            selectPlaylist(m_picker->itemData(index).toUuid());
+    });
+    connect(m_newButton, &QToolButton::clicked, this, &PlaylistSettingsView::createPlaylist);
+    // Return commits, and so does leaving the field: a typed name is not lost
+    // by clicking elsewhere.
+    connect(m_nameField, &QLineEdit::editingFinished, this, &PlaylistSettingsView::commitName);
+    connect(m_trashButton, &QToolButton::clicked, this, &PlaylistSettingsView::removeSelectedTracks);
+    connect(m_addButton, &QPushButton::clicked, this, &PlaylistSettingsView::chooseFiles);
+    connect(m_deleteButton, &QPushButton::clicked, this, &PlaylistSettingsView::onDeletePressed);
+    connect(m_table, &TrackTable::filesDropped, this, &PlaylistSettingsView::addFiles);
+    connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &PlaylistSettingsView::updateControls);
+    connect(&m_model, &QAbstractItemModel::modelReset, this, &PlaylistSettingsView::updateControls);
+    connect(&m_config, &Config::changed, this, &PlaylistSettingsView::onConfigChanged);
+
+    selectPlaylist(fallbackPlaylist());
+    setDeleteWarning(false);
+}
+
+PlaylistSettingsView::~PlaylistSettingsView() = default;
+
+std::optional<QUuid> PlaylistSettingsView::fallbackPlaylist() const
+{
+    // The player's current playlist, else the first one.
+    const QList<Playlist> catalogue = m_config.playlists();
+    if (catalogue.isEmpty())
+        return std::nullopt;
+    const qint64 current = m_config.currentPlaylistIndex();
+    return catalogue.at(current >= 0 && current < catalogue.size() ? current : 0).id;
+}
+
+std::optional<Playlist> PlaylistSettingsView::selectedPlaylist() const
+{
+    if (!m_selectedPlaylistID)
+        return std::nullopt;
+    for (const Playlist& playlist : m_config.playlists()) {
+        if (playlist.id == *m_selectedPlaylistID)
+            return playlist;
+    }
+    return std::nullopt;
+}
+
+void PlaylistSettingsView::selectPlaylist(const std::optional<QUuid>& id)
+{
+    if (id == m_selectedPlaylistID)
+        return;
+    m_selectedPlaylistID = id;
+    setDeleteWarning(false);
+    showCatalogue();
+    m_nameField->setText(selectedPlaylist() ? selectedPlaylist()->name : QString());
+    // An unreadable file has already been reported by the store; nothing to show.
+    m_model.setTracks(id ? m_config.readPlaylistTracks(*id).value_or(QList<Track>()) : QList<Track>());
+    updateControls();
+}
+
+void PlaylistSettingsView::showCatalogue()
+{
+    const QList<Playlist> catalogue = m_config.playlists();
+    const QSignalBlocker blocker(m_picker);
+    m_picker->clear();
+    int selectedRow = -1;
+    for (const Playlist& playlist : catalogue) {
+        if (m_selectedPlaylistID && playlist.id == *m_selectedPlaylistID)
+            selectedRow = m_picker->count();
+        m_picker->addItem(playlist.name, playlist.id);
+    }
+    m_picker->setCurrentIndex(selectedRow);
+}
+
+void PlaylistSettingsView::updateControls()
+{
+    const bool hasPlaylist = m_selectedPlaylistID.has_value();
+    m_nameField->setEnabled(hasPlaylist);
+    m_addButton->setEnabled(hasPlaylist);
+    m_deleteButton->setEnabled(hasPlaylist);
+    m_trashButton->setEnabled(hasPlaylist && m_table->selectionModel()->hasSelection());
+}
+
+void PlaylistSettingsView::onConfigChanged(Config::Property property)
+{
+    if (property == Config::Property::currentPlaylistIndex) {
+        // The player moved to another playlist: show that one.
+        const qint64 current = m_config.currentPlaylistIndex();
+        const QList<Playlist> catalogue = m_config.playlists();
+        if (current >= 0 && current < catalogue.size())
+            selectPlaylist(catalogue.at(current).id);
+        return;
+    }
+    if (property != Config::Property::playlists)
+        return;
+    const std::optional<Playlist> selected = selectedPlaylist();
+    if (!selected) {
+        // The playlist being edited is gone.
+        selectPlaylist(fallbackPlaylist());
+        return;
+    }
+    showCatalogue();
+    // A name changed elsewhere is shown unless the user is typing one.
+    if (!(m_nameField->hasFocus() && m_nameField->isModified()))
+        m_nameField->setText(selected->name);
+}
+
+void PlaylistSettingsView::createPlaylist()
+{
+    setDeleteWarning(false);
+    m_config.createPlaylist();
+    // The new playlist is what the user wants to edit next, starting with its name.
+    const QList<Playlist> catalogue = m_config.playlists();
+    if (!catalogue.isEmpty())
+        selectPlaylist(catalogue.last().id);
+    m_nameField->setFocus();
+    m_nameField->selectAll();
+}
+
+void PlaylistSettingsView::commitName()
+{
+    if (!m_selectedPlaylistID)
+        return;
+    QList<Playlist> catalogue = m_config.playlists();
+    for (Playlist& playlist : catalogue) {
+        if (playlist.id != *m_selectedPlaylistID)
+            continue;
+        if (playlist.name == m_nameField->text())
+            return;
+        setDeleteWarning(false);
+        playlist.name = m_nameField->text();
+        m_config.setPlaylists(catalogue);
+        m_config.saveSettings();
+        return;
+    }
+}
+
+void PlaylistSettingsView::removeSelectedTracks()
+{
+    setDeleteWarning(false);
+    if (!m_selectedPlaylistID)
+        return;
+    QList<int> rows;
+    for (const QModelIndex& index : m_table->selectionModel()->selectedRows())
+        rows.append(index.row());
+    if (rows.isEmpty())
+        return;
+    m_model.removeTracks(rows);
+    m_config.writePlaylistTracks(*m_selectedPlaylistID, m_model.tracks());
+}
+
+void PlaylistSettingsView::chooseFiles()
+{
+    setDeleteWarning(false);
+    if (!m_selectedPlaylistID)
+        return;
+    if (m_lastFolder.isEmpty()) {
+        m_lastFolder = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
+        if (!QFileInfo(m_lastFolder).isDir())
+            m_lastFolder = QDir::homePath();
+    }
+    // Files only, several at once, any type: the audio player judges what it can play.
+    const QStringList paths = QFileDialog::getOpenFileNames(this, tr("Add track to playlist"), m_lastFolder);
+    if (paths.isEmpty())
+        return;
+    m_lastFolder = QFileInfo(paths.first()).absolutePath();
+    QList<QUrl> urls;
+    for (const QString& path : paths)
+        urls.append(QUrl::fromLocalFile(path));
+    addFiles(urls);
+}
+
+void PlaylistSettingsView::addFiles(const QList<QUrl>& urls)
+{
+    setDeleteWarning(false);
+    if (!m_selectedPlaylistID || urls.isEmpty())
+        return;
+    const QUuid target = *m_selectedPlaylistID;
+    readTrackTagsAsync(urls, this, [this, target, urls](const QList<TrackTags>& tags) {
+        applyAddedTracks(target, urls, tags);
+    });
+}
+
+void PlaylistSettingsView::applyAddedTracks(const QUuid& playlistID, const QList<QUrl>& urls,
+                                            const QList<TrackTags>& tags)
+{
+    PLINK_CHECK(tags.size() == urls.size(), "the tag reader gave a result per file");
+    QList<Track> added;
+    added.reserve(urls.size());
+    for (qsizetype i = 0; i < urls.size(); ++i) {
+        const QString urlString = QUrl::fromLocalFile(urls.at(i).toLocalFile()).toString(QUrl::FullyEncoded);
+        added.append(Track::make(urlString, tags.at(i).title, tags.at(i).artist));
+    }
+    if (m_selectedPlaylistID == playlistID) {
+        m_model.appendTracks(added);
+        m_config.writePlaylistTracks(playlistID, m_model.tracks());
+    } else {
+        // The user moved on while the tags were read: the files still go
+        // where they were dropped, if that playlist is still there.
+        const QList<Playlist> catalogue = m_config.playlists();
+        const bool exists = std::any_of(catalogue.cbegin(), catalogue.cend(),
+                                        [&](const Playlist& playlist) { return playlist.id == playlistID; });
+        if (!exists)
+            return;
+        std::optional<QList<Track>> tracks = m_config.readPlaylistTracks(playlistID);
+        if (!tracks)
+            return;
+        tracks->append(added);
+        m_config.writePlaylistTracks(playlistID, *tracks);
+    }
+    emit tracksAdded(playlistID, int(added.size()));
+}
+
+void PlaylistSettingsView::commitOrder()
+{
+    setDeleteWarning(false);
+    if (m_selectedPlaylistID)
+        m_config.writePlaylistTracks(*m_selectedPlaylistID, m_model.tracks());
+}
+
+void PlaylistSettingsView::onDeletePressed()
+{
+    if (!m_selectedPlaylistID)
+        return;
+    if (!m_deletePlaylistWarning) {
+        setDeleteWarning(true);
+        return;
+    }
+    setDeleteWarning(false);
+    m_config.deletePlaylist(*m_selectedPlaylistID);
+    // The player's index may now point past the catalogue's end.
+    m_config.bringCurrentPlaylistIntoRange();
+}
+
+void PlaylistSettingsView::setDeleteWarning(bool on)
+{
+    m_deletePlaylistWarning = on;
+    m_deleteButton->setText(on ? tr("Are you sure?") : tr("Delete playlist..."));
+    if (on)
+        m_deleteWarningTimer.start();
+    else
+        m_deleteWarningTimer.stop();
+}
+
+void PlaylistSettingsView::hideEvent(QHideEvent* event)
+{
+    setDeleteWarning(false);
+    QWidget::hideEvent(event);
+}
