@@ -125,6 +125,8 @@ void PlaylistsTest::deletingRemovesFileAndEntryByIdOnly()
 void PlaylistsTest::deletingAnUnknownIdOnlyRemovesItsFile()
 {
     Config config;
+    config.createPlaylist(); // with a single entry, deleting first makes a fresh playlist
+    const QList<Playlist> before = config.playlists();
     const QUuid stray = QUuid::createUuid();
     QFile file(config.playlistFileURL(stray));
     QVERIFY(file.open(QIODevice::WriteOnly));
@@ -136,6 +138,7 @@ void PlaylistsTest::deletingAnUnknownIdOnlyRemovesItsFile()
     QVERIFY(!QFile::exists(config.playlistFileURL(stray)));
     QVERIFY(!QFile::exists(settingsFile));
     QCOMPARE(spy.count(), 0);
+    QCOMPARE(config.playlists(), before);
 }
 
 void PlaylistsTest::anExistingEmptyFolderIsLeftAlone()
