@@ -1,11 +1,73 @@
 #include "app/appdelegate.h"
 
+#include "app/commandmenu.h"
+#include "app/windowsetup.h"
+#include "app/windowsnapdelegate.h"
+#include "playback/audioplayer.h"
+#include "player/contentview.h"
+#include "player/transport.h"
+#include "settings/settingsview.h"
 #include "store/config.h"
+
+#include <QIcon>
+#include <QMenu>
+#include <QSystemTrayIcon>
+#include <QTimer>
+#include <QWindow>
 
 AppDelegate::AppDelegate(QObject* parent)
     : QObject(parent)
     , m_config(std::make_unique<Config>())
+    , m_audioPlayer(std::make_unique<AudioPlayer>())
+    , m_snapDelegate(std::make_unique<WindowSnapDelegate>())
+    , m_transport(std::make_unique<Transport>(*m_config, *m_audioPlayer))
 {
+    m_contentView = std::make_unique<ContentView>(*m_config, *m_audioPlayer, *m_transport);
+    m_commandMenu = std::make_unique<CommandMenu>(*m_config, *m_audioPlayer, *m_transport);
+    m_contentView->setCommandMenu(m_commandMenu->menu());
+    m_commandMenu->addShortcutsTo(m_contentView.get());
+    connect(m_contentView.get(), &ContentView::settingsRequested, this, &AppDelegate::showSettings);
+    connect(m_commandMenu.get(), &CommandMenu::settingsRequested, this, &AppDelegate::showSettings);
+
+    if (QSystemTrayIcon::isSystemTrayAvailable()) {
+        const QImage picture = m_config->themePicture(QStringLiteral("play"));
+        const QIcon fallback(QPixmap::fromImage(picture));
+        m_trayIcon = new QSystemTrayIcon(QIcon::fromTheme(QStringLiteral("audio-x-generic"), fallback), this);
+        m_trayIcon->setToolTip(QStringLiteral("plinkBox"));
+        m_trayIcon->setContextMenu(m_commandMenu->menu());
+        m_trayIcon->show();
+    }
+
+    m_contentView->setTranslucent(compositorRunning());
+    m_contentView->show();
+    QTimer::singleShot(0, this, &AppDelegate::windowSetUp);
 }
 
 AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::windowSetUp()
+{
+    // Frameless and fixed in size the view already is; here it becomes
+    // movable, floating if chosen, and snapping. Done once per launch.
+    ContentView* window = m_contentView.get();
+    window->setMovableByBackground(true);
+    if (m_config->isFloating()) {
+        // setWindowFlags() would hide the shown window; the QWindow's do not.
+        if (QWindow* handle = window->windowHandle())
+            handle->setFlags(handle->flags() | Qt::WindowStaysOnTopHint);
+        showOnAllWorkspaces(window);
+    }
+    m_snapDelegate->attach(window);
+}
+
+void AppDelegate::showSettings()
+{
+    if (!m_settingsView) {
+        m_settingsView = std::make_unique<SettingsView>(*m_config);
+        m_settingsView->resize(640, 640);
+        m_commandMenu->addShortcutsTo(m_settingsView.get());
+    }
+    m_settingsView->show();
+    m_settingsView->raise();
+    m_settingsView->activateWindow();
+}

@@ -4,9 +4,18 @@
 
 #include <memory>
 
+class AudioPlayer;
+class CommandMenu;
 class Config;
+class ContentView;
+class QSystemTrayIcon;
+class SettingsView;
+class Transport;
+class WindowSnapDelegate;
 
-// Owns the shared objects for the life of the process and builds the windows.
+// Owns the shared objects for the life of the process and builds the
+// windows: the player window at once, the settings window when first asked
+// for.
 class AppDelegate : public QObject
 {
     Q_OBJECT
@@ -16,7 +25,25 @@ public:
     ~AppDelegate() override;
 
     Config& config() const { return *m_config; }
+    AudioPlayer& audioPlayer() const { return *m_audioPlayer; }
+    Transport& transport() const { return *m_transport; }
+    ContentView& contentView() const { return *m_contentView; }
+    CommandMenu& commandMenu() const { return *m_commandMenu; }
+    SettingsView* settingsView() const { return m_settingsView.get(); }
+
+    // Shows, raises and activates the settings window.
+    void showSettings();
 
 private:
+    // Runs once, after the player window is shown.
+    void windowSetUp();
+
     std::unique_ptr<Config> m_config;
+    std::unique_ptr<AudioPlayer> m_audioPlayer;
+    std::unique_ptr<WindowSnapDelegate> m_snapDelegate;
+    std::unique_ptr<Transport> m_transport;
+    std::unique_ptr<ContentView> m_contentView;
+    std::unique_ptr<CommandMenu> m_commandMenu;
+    std::unique_ptr<SettingsView> m_settingsView;
+    QSystemTrayIcon* m_trayIcon = nullptr; // a child
 };

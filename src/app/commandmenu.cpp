@@ -1,0 +1,134 @@
+#include "app/commandmenu.h"
+
+#include "playback/audioplayer.h"
+#include "player/transport.h"
+
+#include <QCoreApplication>
+#include <QMenu>
+#include <QWidget>
+
+namespace {
+
+QAction* addEntry(QMenu* menu, const QString& title, bool current)
+{
+    // Only the current entry is checkable, so only it shows a mark.
+    QAction* action = menu->addAction(title);
+    if (current) {
+        action->setCheckable(true);
+        action->setChecked(true);
+    }
+    return action;
+}
+
+} // namespace
+
+CommandMenu::CommandMenu(Config& config, AudioPlayer& audioPlayer, Transport& transport, QObject* parent)
+    : QObject(parent)
+    , m_config(config)
+    , m_audioPlayer(audioPlayer)
+    , m_transport(transport)
+    , m_menu(std::make_unique<QMenu>(tr("Player")))
+{
+    QMenu* menu = m_menu.get();
+    m_playPause = menu->addAction(tr("Play"), &m_transport, &Transport::playPauseCommand);
+    m_playPause->setShortcut(Qt::Key_Space);
+    m_loop = menu->addAction(tr("Loop tracks"), &m_transport, &Transport::toggleLoopTracks);
+    m_loop->setShortcut(Qt::CTRL | Qt::Key_L);
+    m_loop->setCheckable(true);
+    m_shuffle = menu->addAction(tr("Shuffle tracks"), &m_transport, &Transport::toggleShuffleTracks);
+    m_shuffle->setShortcut(Qt::CTRL | Qt::Key_S);
+    m_shuffle->setCheckable(true);
+    menu->addSeparator();
+    QAction* up = menu->addAction(tr("Volume Up"), &m_transport, &Transport::volumeUp);
+    up->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_Plus), QKeySequence(Qt::CTRL | Qt::Key_Equal)});
+    QAction* down = menu->addAction(tr("Volume Down"), &m_transport, &Transport::volumeDown);
+    down->setShortcut(Qt::CTRL | Qt::Key_Minus);
+    menu->addSeparator();
+    m_playlists = menu->addMenu(tr("Playlists"));
+    m_tracks = menu->addMenu(tr("Tracks"));
+    menu->addSeparator();
+    QAction* settings = menu->addAction(tr("Settings…"), this, &CommandMenu::settingsRequested);
+    settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
+    QAction* quit = menu->addAction(tr("Quit"), qApp, &QCoreApplication::quit);
+    quit->setShortcut(Qt::CTRL | Qt::Key_Q);
+    m_shortcutActions = {m_playPause, m_loop, m_shuffle, up, down, settings, quit};
+    for (QAction* action : m_shortcutActions)
+        action->setShortcutContext(Qt::ApplicationShortcut);
+
+    connect(&m_config, &Config::changed, this, &CommandMenu::onConfigChanged);
+    connect(&m_audioPlayer, &AudioPlayer::isPlayingChanged, this, &CommandMenu::updateStates);
+    // The track list lives in a file the editor may rewrite at any time.
+    connect(menu, &QMenu::aboutToShow, this, &CommandMenu::rebuildTracks);
+    updateStates();
+    rebuildPlaylists();
+    rebuildTracks();
+}
+
+CommandMenu::~CommandMenu() = default;
+
+void CommandMenu::addShortcutsTo(QWidget* window)
+{
+    window->addActions(m_shortcutActions);
+}
+
+void CommandMenu::onConfigChanged(Config::Property property)
+{
+    using P = Config::Property;
+    switch (property) {
+    case P::loopTracks:
+    case P::shuffleTracks:
+        updateStates();
+        break;
+    case P::playlists:
+    case P::currentPlaylistIndex:
+    case P::currentTrackIndex:
+        scheduleRebuild();
+        break;
+    default:
+        break;
+    }
+}
+
+void CommandMenu::scheduleRebuild()
+{
+    if (m_rebuildPending)
+        return;
+    m_rebuildPending = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_rebuildPending = false;
+            rebuildPlaylists();
+            rebuildTracks();
+        },
+        Qt::QueuedConnection);
+}
+
+void CommandMenu::updateStates()
+{
+    m_playPause->setText(m_audioPlayer.isPlaying() ? tr("Pause") : tr("Play"));
+    m_loop->setChecked(m_config.loopTracks());
+    m_shuffle->setChecked(m_config.shuffleTracks());
+}
+
+void CommandMenu::rebuildPlaylists()
+{
+    m_playlists->clear();
+    const QList<Playlist> catalogue = m_config.playlists();
+    for (qint64 i = 0; i < catalogue.size(); ++i) {
+        QAction* entry = addEntry(m_playlists, catalogue.at(i).name, i == m_config.currentPlaylistIndex());
+        connect(entry, &QAction::triggered, this, [this, i] { m_transport.selectPlaylistCommand(i); });
+    }
+}
+
+void CommandMenu::rebuildTracks()
+{
+    // Present only when the current playlist's file could be read.
+    const auto tracks = m_transport.currentTracks();
+    m_tracks->clear();
+    m_tracks->menuAction()->setVisible(tracks.has_value());
+    for (qint64 i = 0; tracks && i < tracks->size(); ++i) {
+        QAction* entry = addEntry(m_tracks, tracks->at(i).trackName, i == m_config.currentTrackIndex());
+        connect(entry, &QAction::triggered, this, [this, i] { m_transport.selectTrackCommand(i); });
+    }
+}

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "player/playlistfilecache.h"
+#include "player/skingeometry.h"
+#include "store/config.h"
+
+#include <QMenu>
+#include <QPointer>
+#include <QWidget>
+
+#include <array>
+
+class AudioPlayer;
+class SkinButton;
+class SkinScrubBar;
+class Transport;
+
+// The skin: the player window's whole face. It draws the current theme's
+// pictures where Config says, turns presses into Transport calls, runs the
+// scrub bar and the two menus, and keeps the window's size and shape equal
+// to the picture's.
+class ContentView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    ContentView(Config& config, AudioPlayer& audioPlayer, Transport& transport, QWidget* parent = nullptr);
+    ~ContentView() override;
+
+    bool isMinimized() const { return m_isMinimized; }
+    bool isDragging() const { return m_isDragging; }
+    double dragX() const { return m_dragX; }
+    double scale() const { return skinScale(m_config.superSized()); }
+    // The pictures' real see-through needs a compositor; without one the
+    // window is cut to the picture's outline instead. Set before show().
+    void setTranslucent(bool translucent);
+    // Dragging the background moves the window (set up once it is shown).
+    void setMovableByBackground(bool movable) { m_movableByBackground = movable; }
+    // The "Player" command menu, opened by a right click. Not owned.
+    void setCommandMenu(QMenu* menu) { m_commandMenu = menu; }
+    // How often the current playlist's file was decoded for the text lines.
+    int playlistReads() const { return m_trackCache.reads(); }
+
+signals:
+    void settingsRequested();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
+private slots:
+    void onConfigChanged(Config::Property property);
+    void onPlayingChanged();
+    void onProgressChanged();
+    void onClosePressed();
+    void onMinimisePressed();
+    void onRewindPressed();
+    void onPlayPressed();
+    void onFastForwardPressed();
+    void openPlaylistMenu();
+    void openTrackMenu();
+
+private:
+    void press(Element control);
+    void applyFrame();
+    void updateMask();
+    void layoutControls();
+    void setHover(std::optional<Element> control);
+    QRectF currentThumbRect() const;
+    std::optional<Track> currentTrack();
+    void drawPicture(QPainter& painter, const QString& name, const QRectF& box);
+    void drawText(QPainter& painter, Element line, const QString& text, const QRectF& clip);
+    QFont textFont(Element line) const;
+    void beginScrub();
+    void scrubTo(double pointerX);
+    void endScrub();
+    void popUp(QMenu* menu, Element at);
+    QMenu* freshMenu();
+
+    Config& m_config;
+    AudioPlayer& m_audioPlayer;
+    Transport& m_transport;
+
+    bool m_isMinimized = false;
+    bool m_isHoveringPlay = false;
+    bool m_isHoveringRR = false;
+    bool m_isHoveringFF = false;
+    bool m_isDragging = false;
+    double m_dragX = 0;
+
+    // Transient pointer state
+    std::optional<Element> m_pressed;
+    QPointF m_pressPoint;
+    bool m_movingWindow = false;
+    QPoint m_windowGrabOffset;
+    QRectF m_drawnThumb;
+
+    bool m_translucent = false;
+    bool m_movableByBackground = false;
+    QPointer<QMenu> m_commandMenu;
+    QPointer<QMenu> m_openMenu;
+    PlaylistFileCache m_trackCache;
+    std::array<SkinButton*, 7> m_buttons{};
+    SkinScrubBar* m_scrubBar = nullptr;
+};
