@@ -85,30 +85,34 @@ void JsonWriter::value(QStringView text)
 void JsonWriter::writeString(QStringView text)
 {
     static const char hex[] = "0123456789abcdef";
-    QByteArray& out = m_out;
-    out += '"';
     const QByteArray utf8 = text.toUtf8();
-    for (const char c : utf8) {
+    m_out += '"';
+    // Copy runs of plain bytes at once; only quotes, backslashes, slashes and
+    // control characters need an escape.
+    qsizetype runStart = 0;
+    for (qsizetype i = 0; i < utf8.size(); ++i) {
+        const unsigned char c = static_cast<unsigned char>(utf8[i]);
+        if (c >= 0x20 && c != '"' && c != '\\' && c != '/')
+            continue;
+        m_out.append(utf8.constData() + runStart, i - runStart);
+        runStart = i + 1;
         switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '/': out += "\\/"; break;
-        case '\b': out += "\\b"; break;
-        case '\f': out += "\\f"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
+        case '"': m_out += "\\\""; break;
+        case '\\': m_out += "\\\\"; break;
+        case '/': m_out += "\\/"; break;
+        case '\b': m_out += "\\b"; break;
+        case '\f': m_out += "\\f"; break;
+        case '\n': m_out += "\\n"; break;
+        case '\r': m_out += "\\r"; break;
+        case '\t': m_out += "\\t"; break;
         default:
-            if (static_cast<unsigned char>(c) < 0x20) {
-                out += "\\u00";
-                out += hex[(c >> 4) & 0xf];
-                out += hex[c & 0xf];
-            } else {
-                out += c;
-            }
+            m_out += "\\u00";
+            m_out += hex[c >> 4];
+            m_out += hex[c & 0xf];
         }
     }
-    out += '"';
+    m_out.append(utf8.constData() + runStart, utf8.size() - runStart);
+    m_out += '"';
 }
 
 void JsonWriter::value(bool flag)
