@@ -1,0 +1,2 @@
+plink_add_test(test_trackdropdelegate SOURCES test_trackdropdelegate.cpp LIBS plinksettings)
+plink_add_test(test_generalsettingsview SOURCES test_generalsettingsview.cpp LIBS plinksettings)
