@@ -21,6 +21,12 @@ struct PlayError {
 
 // The playback engine: one open file at a time. Every observable value
 // notifies only when it really changes.
+//
+// A file that cannot be opened makes play() return the error, and the caller
+// reports it. A file that fails only once it plays (the backend's late error,
+// or a corrupt file that "ends" at its very start) is printed here as one
+// line and announced by playFailed(): playback stops, the timer goes, and
+// onTrackFinished is not called.
 class AudioPlayer : public QObject
 {
     Q_OBJECT
@@ -63,4 +69,26 @@ signals:
     void durationChanged();
     void isPlayingChanged();
     void albumArtChanged();
+    void playFailed(const PlayError& error);
+
+private:
+    void setProgress(double value);
+    void setDuration(double value);
+    void setIsPlaying(bool value);
+    void setAlbumArt(const QImage& value);
+    std::optional<PlayError> open(const QUrl& file);
+    void loadAlbumArt();
+    void onMediaStatusChanged(QMediaPlayer* source, int status);
+    void fail(const QString& description);
+
+    QMediaPlayer* m_player = nullptr;
+    QAudioOutput* m_output = nullptr;
+    QTimer* m_timer = nullptr;
+    QUrl m_url;
+    double m_progress = 0;
+    double m_duration = 0;
+    bool m_isPlaying = false;
+    QImage m_albumArt;
+    float m_volume = 1.0f;
+    quint64 m_openCount = 0; // tells a late album picture from the current one
 };

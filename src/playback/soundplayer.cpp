@@ -2,10 +2,19 @@
 
 #include "store/console.h"
 
+#include <QAudioOutput>
 #include <QFile>
 #include <QMediaPlayer>
-#include <QAudioOutput>
 #include <QUrl>
+
+namespace {
+
+QString couldNotPlay(const QString& name, const QString& description)
+{
+    return QStringLiteral("Error: Could not play sound file ") + name + QStringLiteral(". Error: ") + description;
+}
+
+} // namespace
 
 SoundPlayer::SoundPlayer(QObject* parent)
     : QObject(parent)
@@ -16,16 +25,40 @@ SoundPlayer::~SoundPlayer() = default;
 
 void SoundPlayer::playSound(const QString& name)
 {
-    const QString resource = QStringLiteral(":/sounds/") + name + QStringLiteral(".m4a");
-    if (!QFile::exists(resource)) {
+    if (!QFile::exists(QStringLiteral(":/sounds/") + name + QStringLiteral(".m4a"))) {
         printLine(QStringLiteral("Error: Sound file ") + name + QStringLiteral(".m4a not found."));
         return;
     }
-    if (m_current)
+    QMediaPlayer* player = load(name);
+    if (!player)
+        return;
+    if (m_current && m_current != player)
         m_current->stop();
-    delete m_current;
-    m_current = new QMediaPlayer(this);
-    m_current->setAudioOutput(new QAudioOutput(m_current));
-    m_current->setSource(QUrl(QStringLiteral("qrc") + resource));
-    m_current->play();
+    m_current = player;
+    // stop() rewinds a sound that is still sounding, so a quick repeat
+    // starts it again from the top.
+    player->stop();
+    player->play();
+}
+
+// The sound's loaded player, made on first use. A sound the backend refuses
+// is reported and not kept, so the previous player stays the current one.
+QMediaPlayer* SoundPlayer::load(const QString& name)
+{
+    if (QMediaPlayer* loaded = m_loaded.value(name))
+        return loaded;
+    auto* player = new QMediaPlayer(this);
+    player->setAudioOutput(new QAudioOutput(player));
+    // The FFmpeg backend reads qrc: URLs itself and reports a file it cannot
+    // open inside setSource().
+    player->setSource(QUrl(QStringLiteral("qrc:/sounds/") + name + QStringLiteral(".m4a")));
+    if (player->error() != QMediaPlayer::NoError || player->mediaStatus() == QMediaPlayer::InvalidMedia) {
+        printLine(couldNotPlay(name, player->errorString()));
+        delete player;
+        return nullptr;
+    }
+    connect(player, &QMediaPlayer::errorOccurred, this,
+            [name](QMediaPlayer::Error, const QString& description) { printLine(couldNotPlay(name, description)); });
+    m_loaded.insert(name, player);
+    return player;
 }
