@@ -5,6 +5,28 @@
 
 #include <cctype>
 
+namespace {
+
+// JSON escapes can spell half of a surrogate pair ("\ud800"), which no UTF-8
+// file can hold: the writer would turn it into '?'. Such a half becomes the
+// replacement character as it is read, so that what we hold is what we write.
+QString withPairedSurrogates(QString text)
+{
+    const qsizetype size = text.size();
+    for (qsizetype i = 0; i < size; ++i) {
+        const QChar c = text.at(i);
+        if (!c.isSurrogate())
+            continue;
+        if (c.isHighSurrogate() && i + 1 < size && text.at(i + 1).isLowSurrogate())
+            ++i;
+        else
+            text[i] = QChar::ReplacementCharacter;
+    }
+    return text;
+}
+
+} // namespace
+
 std::optional<QJsonObject> parseJsonObject(const QByteArray& bytes, QString& error)
 {
     QJsonParseError parseError;
@@ -86,7 +108,7 @@ QString JsonObjectReader::string(const QString& key)
 {
     const auto value = take(key);
     if (value && value->isString())
-        return value->toString();
+        return withPairedSurrogates(value->toString());
     if (value)
         fail(key, "a string");
     return {};
@@ -169,7 +191,7 @@ QStringList JsonObjectReader::strings(const QString& key)
             fail(key, "an array of strings");
             return {};
         }
-        result.append(item.toString());
+        result.append(withPairedSurrogates(item.toString()));
     }
     return result;
 }
