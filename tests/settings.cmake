@@ -1,2 +1,4 @@
 plink_add_test(test_trackdropdelegate SOURCES test_trackdropdelegate.cpp LIBS plinksettings)
 plink_add_test(test_generalsettingsview SOURCES test_generalsettingsview.cpp LIBS plinksettings)
+plink_add_test(test_playlistsettingsview
+    SOURCES test_playlistsettingsview.cpp settingsfixtures.h settingsfixtures.cpp LIBS plinksettings)

@@ -90,6 +90,7 @@ PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
 
     selectPlaylist(fallbackPlaylist());
     setDeleteWarning(false);
+    updateControls();
 }
 
 PlaylistSettingsView::~PlaylistSettingsView() = default;
