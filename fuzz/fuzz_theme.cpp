@@ -1,0 +1,10 @@
+// Feeds arbitrary bytes to the decoder of theme.json.
+#include "fuzzcheck.h"
+
+#include "themes/themedata.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    fuzzDecoder(data, size, themeDataFromJson, "theme");
+    return 0;
+}
