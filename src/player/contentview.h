@@ -71,6 +71,7 @@ private:
     void layoutControls();
     void setHover(std::optional<Element> control);
     QRectF currentThumbRect() const;
+    void repaintThumb(const QRectF& box);
     std::optional<Track> currentTrack();
     void drawPicture(QPainter& painter, const QString& name, const QRectF& box);
     void drawText(QPainter& painter, Element line, const QString& text, const QRectF& clip);

@@ -36,6 +36,8 @@ signals:
 
 protected:
     void paintEvent(QPaintEvent*) override {}
+    // The skin draws the thumb: a new value must not repaint the whole bar.
+    void sliderChange(SliderChange) override {}
 
 private:
     bool m_showing = false;

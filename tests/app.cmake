@@ -1,0 +1,1 @@
+plink_add_test(test_windowsnapdelegate SOURCES test_windowsnapdelegate.cpp LIBS plinkapp)
