@@ -1,0 +1,398 @@
+#include "app/mprisservice.h"
+
+#include "playback/audioplayer.h"
+#include "player/transport.h"
+#include "store/config.h"
+#include "store/jsonreader.h"
+
+#include <QCoreApplication>
+#include <QDBusAbstractAdaptor>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QMediaPlayer>
+#include <QStandardPaths>
+#include <QUrl>
+
+#include <cmath>
+
+namespace {
+
+constexpr const char* playerInterface = "org.mpris.MediaPlayer2.Player";
+const QString noTrack = QStringLiteral("/org/mpris/MediaPlayer2/TrackList/NoTrack");
+
+QString trackPath(const Track& track)
+{
+    return QStringLiteral("/org/plinkbox/track/") + track.id.toString(QUuid::Id128).toUpper();
+}
+
+// The root interface: identity and window.
+class MprisRootAdaptor : public QDBusAbstractAdaptor
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.mpris.MediaPlayer2")
+    Q_PROPERTY(bool CanQuit READ canQuit)
+    Q_PROPERTY(bool CanRaise READ canRaise)
+    Q_PROPERTY(bool HasTrackList READ hasTrackList)
+    Q_PROPERTY(QString Identity READ identity)
+    Q_PROPERTY(QString DesktopEntry READ desktopEntry)
+    Q_PROPERTY(QStringList SupportedUriSchemes READ supportedUriSchemes)
+    Q_PROPERTY(QStringList SupportedMimeTypes READ supportedMimeTypes)
+
+public:
+    explicit MprisRootAdaptor(MprisService* service)
+        : QDBusAbstractAdaptor(service)
+        , m_service(service)
+    {
+    }
+
+    bool canQuit() const { return true; }
+    bool canRaise() const { return true; }
+    bool hasTrackList() const { return false; }
+    QString identity() const { return QStringLiteral("plinkBox"); }
+    QString desktopEntry() const { return QStringLiteral("plinkbox"); }
+    QStringList supportedUriSchemes() const { return {QStringLiteral("file")}; }
+    QStringList supportedMimeTypes() const
+    {
+        return {QStringLiteral("audio/mpeg"), QStringLiteral("audio/flac"), QStringLiteral("audio/ogg"),
+                QStringLiteral("audio/opus"), QStringLiteral("audio/mp4"), QStringLiteral("audio/x-wav")};
+    }
+
+public slots:
+    void Raise() { m_service->raise(); }
+    void Quit() { m_service->quit(); }
+
+private:
+    MprisService* m_service;
+};
+
+// The player interface: state, metadata and transport.
+class MprisPlayerAdaptor : public QDBusAbstractAdaptor
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.mpris.MediaPlayer2.Player")
+    Q_PROPERTY(QString PlaybackStatus READ playbackStatus)
+    Q_PROPERTY(QString LoopStatus READ loopStatus WRITE setLoopStatus)
+    Q_PROPERTY(double Rate READ rate WRITE setRate)
+    Q_PROPERTY(bool Shuffle READ shuffle WRITE setShuffle)
+    Q_PROPERTY(QVariantMap Metadata READ metadata)
+    Q_PROPERTY(double Volume READ volume WRITE setVolume)
+    Q_PROPERTY(qlonglong Position READ position)
+    Q_PROPERTY(double MinimumRate READ rate)
+    Q_PROPERTY(double MaximumRate READ rate)
+    Q_PROPERTY(bool CanGoNext READ yes)
+    Q_PROPERTY(bool CanGoPrevious READ yes)
+    Q_PROPERTY(bool CanPlay READ yes)
+    Q_PROPERTY(bool CanPause READ yes)
+    Q_PROPERTY(bool CanSeek READ canSeek)
+    Q_PROPERTY(bool CanControl READ yes)
+
+public:
+    explicit MprisPlayerAdaptor(MprisService* service)
+        : QDBusAbstractAdaptor(service)
+        , m_service(service)
+    {
+        connect(service, &MprisService::seeked, this, &MprisPlayerAdaptor::Seeked);
+    }
+
+    QString playbackStatus() const { return m_service->playbackStatus(); }
+    QString loopStatus() const { return m_service->loopStatus(); }
+    void setLoopStatus(const QString& status) { m_service->setLoopStatus(status); }
+    double rate() const { return 1.0; }
+    void setRate(double) {} // one speed only
+    bool shuffle() const { return m_service->shuffle(); }
+    void setShuffle(bool on) { m_service->setShuffle(on); }
+    QVariantMap metadata() const { return m_service->metadata(); }
+    double volume() const { return m_service->volume(); }
+    void setVolume(double volume) { m_service->setVolume(volume); }
+    qlonglong position() const { return m_service->position(); }
+    bool canSeek() const { return m_service->canSeek(); }
+    bool yes() const { return true; }
+
+public slots:
+    void Next() { m_service->next(); }
+    void Previous() { m_service->previous(); }
+    void Pause() { m_service->pause(); }
+    void PlayPause() { m_service->playPause(); }
+    void Stop() { m_service->stop(); }
+    void Play() { m_service->play(); }
+    void Seek(qlonglong offset) { m_service->seek(offset); }
+    void SetPosition(const QDBusObjectPath& trackId, qlonglong position) { m_service->setPosition(trackId, position); }
+    void OpenUri(const QString&) {} // playlists are built in the settings window
+
+signals:
+    void Seeked(qlonglong Position);
+
+private:
+    MprisService* m_service;
+};
+
+} // namespace
+
+MprisService::MprisService(Config& config, AudioPlayer& audioPlayer, Transport& transport,
+                           std::function<void()> raise, QObject* parent)
+    : QObject(parent)
+    , m_config(config)
+    , m_audioPlayer(audioPlayer)
+    , m_transport(transport)
+    , m_raise(std::move(raise))
+{
+    new MprisRootAdaptor(this);
+    new MprisPlayerAdaptor(this);
+
+    connect(&m_config, &Config::changed, this, [this](Config::Property property) {
+        switch (property) {
+        case Config::Property::loopTracks:
+        case Config::Property::shuffleTracks:
+        case Config::Property::playlists:
+        case Config::Property::currentPlaylistIndex:
+        case Config::Property::currentTrackIndex:
+            refreshMetadata();
+            break;
+        default:
+            break;
+        }
+    });
+    for (auto signal : {&AudioPlayer::playerChanged, &AudioPlayer::durationChanged, &AudioPlayer::albumArtChanged})
+        connect(&m_audioPlayer, signal, this, &MprisService::refreshMetadata);
+    for (auto signal : {&AudioPlayer::isPlayingChanged, &AudioPlayer::timerChanged})
+        connect(&m_audioPlayer, signal, this, &MprisService::publish);
+    connect(&m_audioPlayer, &AudioPlayer::progressChanged, this, &MprisService::notePosition);
+    m_metadata = currentMetadata();
+}
+
+MprisService::~MprisService()
+{
+    if (!m_coverPath.isEmpty())
+        QFile::remove(m_coverPath);
+}
+
+bool MprisService::registerOnSessionBus()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return false;
+    // Object first: a client that sees the name appear may ask at once.
+    if (!bus.registerObject(QString::fromLatin1(objectPath), this, QDBusConnection::ExportAdaptors))
+        return false;
+    return bus.registerService(QString::fromLatin1(serviceName));
+}
+
+QString MprisService::playbackStatus() const
+{
+    if (m_audioPlayer.isPlaying())
+        return QStringLiteral("Playing");
+    // An open file with its timer running is paused (or at its end); a
+    // stopped or never-opened player has no timer.
+    return m_audioPlayer.player() && m_audioPlayer.hasTimer() ? QStringLiteral("Paused") : QStringLiteral("Stopped");
+}
+
+QString MprisService::loopStatus() const
+{
+    return m_config.loopTracks() ? QStringLiteral("Playlist") : QStringLiteral("None");
+}
+
+void MprisService::setLoopStatus(const QString& status)
+{
+    // Looping a single track is not something the player does; any loop
+    // request turns looping over the playlist on.
+    const bool loop = status != QLatin1String("None");
+    if (loop != m_config.loopTracks())
+        m_transport.toggleLoopTracks();
+}
+
+bool MprisService::shuffle() const
+{
+    return m_config.shuffleTracks();
+}
+
+void MprisService::setShuffle(bool on)
+{
+    if (on != m_config.shuffleTracks())
+        m_transport.toggleShuffleTracks();
+}
+
+qint64 MprisService::position() const
+{
+    const QMediaPlayer* player = m_audioPlayer.player();
+    return player ? player->position() * 1000 : 0;
+}
+
+double MprisService::volume() const
+{
+    return m_audioPlayer.player() ? m_audioPlayer.volume() : 1.0;
+}
+
+void MprisService::setVolume(double volume)
+{
+    if (!m_audioPlayer.player() || !std::isfinite(volume))
+        return;
+    m_audioPlayer.setVolume(float(std::clamp(volume, 0.0, 1.0)));
+    publish();
+}
+
+bool MprisService::canSeek() const
+{
+    return m_audioPlayer.player() != nullptr && m_audioPlayer.duration() > 0;
+}
+
+void MprisService::quit()
+{
+    QCoreApplication::quit();
+}
+
+void MprisService::next()
+{
+    m_transport.skip(Transport::Direction::next);
+}
+
+void MprisService::previous()
+{
+    m_transport.skip(Transport::Direction::previous);
+}
+
+void MprisService::play()
+{
+    if (!m_audioPlayer.isPlaying())
+        m_transport.playPauseCommand();
+}
+
+void MprisService::pause()
+{
+    if (m_audioPlayer.isPlaying())
+        m_transport.playPauseCommand();
+}
+
+void MprisService::playPause()
+{
+    m_transport.playPauseCommand();
+}
+
+void MprisService::stop()
+{
+    m_audioPlayer.stop();
+}
+
+void MprisService::seek(qint64 offset)
+{
+    if (!canSeek())
+        return;
+    const qint64 length = qint64(m_audioPlayer.duration() * 1e6);
+    const qint64 target = std::max<qint64>(0, position() + offset);
+    if (target > length) {
+        next(); // past the end behaves like Next
+        return;
+    }
+    seekTo(target);
+}
+
+void MprisService::setPosition(const QDBusObjectPath& trackId, qint64 target)
+{
+    const qint64 length = qint64(m_audioPlayer.duration() * 1e6);
+    if (!canSeek() || target < 0 || target > length
+        || trackId.path() != m_metadata.value(QStringLiteral("mpris:trackid")).value<QDBusObjectPath>().path())
+        return;
+    seekTo(target);
+}
+
+void MprisService::seekTo(qint64 target)
+{
+    m_audioPlayer.seek(double(target) / (m_audioPlayer.duration() * 1e6));
+    m_lastPosition = position();
+    m_lastPositionAt = QDateTime::currentMSecsSinceEpoch();
+    emit seeked(m_lastPosition);
+}
+
+void MprisService::notePosition()
+{
+    // A position that jumps (the scrub bar, a seek) is announced as Seeked;
+    // steady progress is not, as clients extrapolate it themselves.
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const qint64 current = position();
+    const qint64 expected = m_lastPosition + (m_audioPlayer.isPlaying() ? (now - m_lastPositionAt) * 1000 : 0);
+    if (m_lastPositionAt != 0 && std::abs(current - expected) > 1'000'000)
+        emit seeked(current);
+    m_lastPosition = current;
+    m_lastPositionAt = now;
+    publish(); // the volume may have changed from the menu
+}
+
+QVariantMap MprisService::currentMetadata() const
+{
+    QVariantMap metadata;
+    const QList<Playlist> playlists = m_config.playlists();
+    const qint64 playlist = m_config.currentPlaylistIndex();
+    const qint64 index = m_config.currentTrackIndex();
+    std::optional<QList<Track>> tracks;
+    if (playlist >= 0 && playlist < playlists.size())
+        tracks = m_config.readPlaylistTracks(playlists.at(playlist).id);
+    if (!tracks || index < 0 || index >= tracks->size()) {
+        metadata.insert(QStringLiteral("mpris:trackid"), QVariant::fromValue(QDBusObjectPath(noTrack)));
+        return metadata;
+    }
+    const Track& track = tracks->at(index);
+    metadata.insert(QStringLiteral("mpris:trackid"), QVariant::fromValue(QDBusObjectPath(trackPath(track))));
+    metadata.insert(QStringLiteral("xesam:title"), track.trackName);
+    metadata.insert(QStringLiteral("xesam:artist"), QStringList{track.artist});
+    metadata.insert(QStringLiteral("xesam:url"), track.urlString);
+    // Length and cover belong to the open file, which is this track's only
+    // while the player has it open.
+    if (m_audioPlayer.player() && m_audioPlayer.currentUrl() == QUrl(track.urlString)) {
+        if (m_audioPlayer.duration() > 0)
+            metadata.insert(QStringLiteral("mpris:length"), qint64(m_audioPlayer.duration() * 1e6));
+        if (!m_coverPath.isEmpty())
+            metadata.insert(QStringLiteral("mpris:artUrl"), QUrl::fromLocalFile(m_coverPath).toString());
+    }
+    return metadata;
+}
+
+void MprisService::refreshMetadata()
+{
+    // The cover is handed to clients as a file, written once per picture.
+    const QImage art = m_audioPlayer.albumArt();
+    if (art.cacheKey() != m_coverKey) {
+        m_coverKey = art.cacheKey();
+        if (!m_coverPath.isEmpty())
+            QFile::remove(m_coverPath);
+        m_coverPath.clear();
+        if (!art.isNull()) {
+            const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+            const QString path = folder + QStringLiteral("/plinkbox-cover-%1-%2.png")
+                                              .arg(QCoreApplication::applicationPid())
+                                              .arg(quint64(m_coverKey));
+            if (art.save(path, "PNG"))
+                m_coverPath = path;
+        }
+    }
+    m_metadata = currentMetadata();
+    publish();
+}
+
+void MprisService::publish()
+{
+    QVariantMap now;
+    now.insert(QStringLiteral("PlaybackStatus"), playbackStatus());
+    now.insert(QStringLiteral("LoopStatus"), loopStatus());
+    now.insert(QStringLiteral("Shuffle"), shuffle());
+    now.insert(QStringLiteral("Metadata"), m_metadata);
+    now.insert(QStringLiteral("Volume"), volume());
+    now.insert(QStringLiteral("CanSeek"), canSeek());
+    QVariantMap changed;
+    for (auto it = now.cbegin(); it != now.cend(); ++it) {
+        if (m_published.value(it.key()) != it.value())
+            changed.insert(it.key(), it.value());
+    }
+    m_published = now;
+    if (changed.isEmpty())
+        return;
+    QDBusMessage signal = QDBusMessage::createSignal(QString::fromLatin1(objectPath),
+                                                     QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                     QStringLiteral("PropertiesChanged"));
+    signal << QString::fromLatin1(playerInterface) << changed << QStringList();
+    QDBusConnection::sessionBus().send(signal);
+}
+
+#include "mprisservice.moc"

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QDBusObjectPath>
+#include <QObject>
+#include <QVariantMap>
+
+#include <functional>
+
+class AudioPlayer;
+class Config;
+class Transport;
+
+// Publishes the player on the session bus as org.mpris.MediaPlayer2.plinkbox,
+// so that media keys, the desktop's media controls and playerctl work. Every
+// command goes through the same Transport as the skin and the command menu.
+class MprisService : public QObject
+{
+    Q_OBJECT
+
+public:
+    static constexpr const char* serviceName = "org.mpris.MediaPlayer2.plinkbox";
+    static constexpr const char* objectPath = "/org/mpris/MediaPlayer2";
+
+    MprisService(Config& config, AudioPlayer& audioPlayer, Transport& transport,
+                 std::function<void()> raise, QObject* parent = nullptr);
+    ~MprisService() override;
+
+    // Registers the object, then the name. False when there is no session bus
+    // or the name is taken.
+    bool registerOnSessionBus();
+
+    // Values the two adaptors publish.
+    QString playbackStatus() const;
+    QString loopStatus() const;
+    void setLoopStatus(const QString& status);
+    bool shuffle() const;
+    void setShuffle(bool on);
+    QVariantMap metadata() const { return m_metadata; }
+    qint64 position() const; // microseconds
+    double volume() const;
+    void setVolume(double volume);
+    bool canSeek() const;
+
+    // Commands
+    void raise() { m_raise(); }
+    void quit();
+    void next();
+    void previous();
+    void play();
+    void pause();
+    void playPause();
+    void stop();
+    void seek(qint64 offset);
+    void setPosition(const QDBusObjectPath& trackId, qint64 position);
+
+signals:
+    void seeked(qint64 position);
+
+private:
+    void refreshMetadata(); // reads the playlist file: only when the track may have changed
+    void publish();         // announces what changed since the last announcement
+    QVariantMap currentMetadata() const;
+    void notePosition();
+    void seekTo(qint64 position);
+
+    Config& m_config;
+    AudioPlayer& m_audioPlayer;
+    Transport& m_transport;
+    std::function<void()> m_raise;
+    QVariantMap m_published; // the Player properties as last announced
+    QVariantMap m_metadata;
+    qint64 m_lastPosition = 0;
+    qint64 m_lastPositionAt = 0;
+    QString m_coverPath;
+    qint64 m_coverKey = 0;
+};

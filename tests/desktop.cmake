@@ -1,0 +1,3 @@
+plink_add_test(test_mprisservice SOURCES test_mprisservice.cpp LIBS plinkapp)
+# Tests that own the player's name on the session bus must not run side by side.
+set_tests_properties(test_mprisservice PROPERTIES RESOURCE_LOCK plinkbox-session-bus)
