@@ -71,8 +71,7 @@ int main(int argc, char* argv[])
     QTemporaryDir folder;
     const QString tone = folder.filePath(QStringLiteral("tone.mp3"));
     const QString shortTone = folder.filePath(QStringLiteral("short.mp3"));
-    AudioFixtures::Tone longTone;
-    longTone.seconds = 8;
+    const AudioFixtures::Tone longTone(8);
     if (!AudioFixtures::makeTone(tone, longTone) || !AudioFixtures::makeTone(shortTone))
         return 1;
     MonitorRecorder recorder;

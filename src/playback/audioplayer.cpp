@@ -165,7 +165,9 @@ void AudioPlayer::onMediaStatusChanged(QMediaPlayer* source, int status)
                                                : m_player->errorString());
         return;
     }
-    if (status != QMediaPlayer::EndOfMedia)
+    // Only a playing track can end. The FFmpeg backend also reports an end
+    // again when a file that has ended is stopped: that is no new end.
+    if (status != QMediaPlayer::EndOfMedia || !m_isPlaying)
         return;
     const qint64 position = m_player->position();
     const qint64 length = m_player->duration();
@@ -183,7 +185,8 @@ void AudioPlayer::fail(const QString& description)
     printLine(QStringLiteral("Error: Could not play ") + displayName(m_url) + QStringLiteral(". Error: ") +
               description);
     // The backend may still say "playing" after an error.
-    m_player->stop();
+    if (m_player->playbackState() != QMediaPlayer::StoppedState)
+        m_player->stop();
     setIsPlaying(false);
     invalidateTimer();
     emit playFailed(PlayError{QStringLiteral("QMediaPlayer"), int(m_player->error()), description});

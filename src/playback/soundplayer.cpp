@@ -32,12 +32,20 @@ void SoundPlayer::playSound(const QString& name)
     QMediaPlayer* player = load(name);
     if (!player)
         return;
-    if (m_current && m_current != player)
+    // Only a sound still sounding is stopped: stopping one that has ended
+    // makes the FFmpeg backend load it again for nothing.
+    if (m_current && m_current != player && m_current->playbackState() == QMediaPlayer::PlayingState)
         m_current->stop();
     m_current = player;
-    // stop() rewinds a sound that is still sounding, so a quick repeat
-    // starts it again from the top.
-    player->stop();
+    // A replay opens the (in-memory) file afresh: with the FFmpeg backend a
+    // short sound restarted by stop() and play() after its end mostly went
+    // unheard at the test sink, while a reopened one played in full, within
+    // ~20 ms. Reopening also starts a sound still sounding from the top.
+    if (player->mediaStatus() != QMediaPlayer::LoadedMedia) {
+        const QUrl source = player->source();
+        player->setSource(QUrl());
+        player->setSource(source);
+    }
     player->play();
 }
 

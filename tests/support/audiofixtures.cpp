@@ -159,6 +159,16 @@ bool makePicture(const QString& path, int width, int height, unsigned rgb)
     return true;
 }
 
+Id3Frame textFrame(const QByteArray& id, const QString& text, Encoding encoding)
+{
+    return Id3Frame{id, text, encoding, {}};
+}
+
+Id3Frame pictureFrame(const QByteArray& png)
+{
+    return Id3Frame{"APIC", {}, Encoding::Latin1, png};
+}
+
 QByteArray id3Tag(const QList<Id3Frame>& frames, int version)
 {
     QByteArray body;

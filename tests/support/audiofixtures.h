@@ -16,13 +16,14 @@ namespace AudioFixtures {
 // ID3v2.4 for .mp3); leave them empty for an untagged file. An .mp3 made
 // without tags has no ID3 tag at all, ready for writeId3Tag().
 struct Tone {
-    double seconds = 2.0;
+    explicit Tone(double length = 2.0) : seconds(length) {}
+    double seconds;
     int frequency = 440;
     QString title;
     QString artist;
     QString picturePath; // a PNG or JPEG embedded as the cover
 };
-bool makeTone(const QString& path, const Tone& tone = {});
+bool makeTone(const QString& path, const Tone& tone = Tone());
 
 // A solid-colour PNG of the given size, for covers.
 bool makePicture(const QString& path, int width, int height, unsigned rgb);
@@ -37,6 +38,8 @@ struct Id3Frame {
     Encoding encoding = Encoding::Latin1;
     QByteArray picture;
 };
+Id3Frame textFrame(const QByteArray& id, const QString& text, Encoding encoding = Encoding::Latin1);
+Id3Frame pictureFrame(const QByteArray& png);
 // version 3 or 4 (UTF-8 and UTF-16BE exist only in 4).
 QByteArray id3Tag(const QList<Id3Frame>& frames, int version = 3);
 // Puts the tag in front of an MP3 file, or as an "id3 " chunk into a WAV file.
