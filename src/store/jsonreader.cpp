@@ -5,11 +5,6 @@
 
 #include <cctype>
 
-namespace {
-
-// JSON escapes can spell half of a surrogate pair ("\ud800"), which no UTF-8
-// file can hold: the writer would turn it into '?'. Such a half becomes the
-// replacement character as it is read, so that what we hold is what we write.
 QString withPairedSurrogates(QString text)
 {
     const qsizetype size = text.size();
@@ -24,8 +19,6 @@ QString withPairedSurrogates(QString text)
     }
     return text;
 }
-
-} // namespace
 
 std::optional<QJsonObject> parseJsonObject(const QByteArray& bytes, QString& error)
 {

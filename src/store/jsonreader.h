@@ -53,3 +53,9 @@ std::optional<QUuid> uuidFromText(const QString& text);
 
 // Canonical upper-case text of an id.
 QString uuidText(const QUuid& id);
+
+// Text that a UTF-8 file can hold. JSON escapes ("\ud800") and broken UTF-16
+// tags can give half of a surrogate pair, which the writer would turn into
+// '?'; each such half becomes U+FFFD instead, where the text comes in, so that
+// what we hold is what we write.
+QString withPairedSurrogates(QString text);

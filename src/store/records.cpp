@@ -5,7 +5,10 @@
 
 Track Track::make(QString urlString, QString trackName, QString artist)
 {
-    return {QUuid::createUuid(), std::move(urlString), std::move(trackName), std::move(artist)};
+    // The texts come from outside (tags, file names) and must survive the
+    // playlist file unchanged.
+    return {QUuid::createUuid(), withPairedSurrogates(std::move(urlString)),
+            withPairedSurrogates(std::move(trackName)), withPairedSurrogates(std::move(artist))};
 }
 
 QByteArray toJson(const PlaylistData& data)
