@@ -31,6 +31,7 @@ TrackTable::TrackTable(TrackTableModel& model, TrackDropDelegate& delegate,
     setAlternatingRowColors(true);
     setWordWrap(false);
     verticalHeader()->hide();
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
     horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     horizontalHeader()->setHighlightSections(false);
 }
