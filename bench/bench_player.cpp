@@ -1,0 +1,238 @@
+// The player's running costs beside their floors, each measured in a process
+// of its own in the same run:
+//   start-up to a painted window     vs. an empty Qt Widgets window
+//   CPU playing / paused / stopped   vs. a bare QMediaPlayer window playing
+//   resident memory while playing    vs. the same bare window
+// Run under scripts/testenv: bench_player [seconds per phase, default 20]
+#include "app/appdelegate.h"
+#include "playback/audioplayer.h"
+#include "playback/mediabackend.h"
+#include "player/transport.h"
+#include "store/config.h"
+#include "support/audiofixtures.h"
+
+#include <QApplication>
+#include <QAudioOutput>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QMediaPlayer>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <QTimer>
+#include <QUrl>
+#include <QWidget>
+
+#include <sys/resource.h>
+
+namespace {
+
+double cpuSeconds()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
+        + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+double residentMiB()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024;
+    }
+    return -1;
+}
+
+void runFor(double seconds)
+{
+    QEventLoop loop;
+    QTimer::singleShot(int(seconds * 1000), &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+// Percent of one core used while the event loop runs for seconds.
+double cpuPercentOver(double seconds)
+{
+    const double before = cpuSeconds();
+    runFor(seconds);
+    return (cpuSeconds() - before) / seconds * 100;
+}
+
+void report(const char* name, double value)
+{
+    QTextStream(stdout) << name << ' ' << value << Qt::endl;
+}
+
+// Says "painted" on the first paint of any window.
+class FirstPaint : public QObject
+{
+public:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (!m_seen && event->type() == QEvent::Paint && watched->isWidgetType()) {
+            m_seen = true;
+            QTextStream(stdout) << "painted" << Qt::endl;
+        }
+        return false;
+    }
+
+private:
+    bool m_seen = false;
+};
+
+int emptyWindow(int argc, char* argv[])
+{
+    QApplication app(argc, argv);
+    FirstPaint painted;
+    app.installEventFilter(&painted);
+    QWidget window;
+    window.resize(269, 96);
+    window.show();
+    QTimer::singleShot(300, &app, &QCoreApplication::quit);
+    return app.exec();
+}
+
+int bareMediaPlayer(int argc, char* argv[], const QString& file, double seconds)
+{
+    QApplication app(argc, argv);
+    QWidget window;
+    window.resize(269, 96);
+    window.show();
+    QMediaPlayer player;
+    QAudioOutput output;
+    player.setAudioOutput(&output);
+    player.setSource(QUrl::fromLocalFile(file));
+    player.play();
+    runFor(1);
+    report("playing", cpuPercentOver(seconds));
+    report("rss", residentMiB());
+    return 0;
+}
+
+int plinkBox(int argc, char* argv[], const QString& file, double seconds)
+{
+    QApplication app(argc, argv);
+    FirstPaint painted;
+    app.installEventFilter(&painted);
+    AppDelegate delegate;
+    runFor(0.5);
+    Config& config = delegate.config();
+    config.bringCurrentPlaylistIntoRange();
+    config.writePlaylistTracks(config.playlists().at(config.currentPlaylistIndex()).id,
+                               {Track::make(QUrl::fromLocalFile(file).toString(), QStringLiteral("Tone"),
+                                            QStringLiteral("Bench"))});
+    if (!delegate.transport().playCurrentTrack())
+        return 1;
+    runFor(1);
+    report("playing", cpuPercentOver(seconds));
+    report("rss", residentMiB());
+    delegate.audioPlayer().pause();
+    runFor(1);
+    report("paused", cpuPercentOver(seconds));
+    delegate.audioPlayer().stop();
+    runFor(1);
+    report("stopped", cpuPercentOver(seconds));
+    return 0;
+}
+
+struct Child {
+    double startupMs = -1;
+    QHash<QString, double> figures;
+};
+
+// Runs this program in a mode; times its start to the first "painted".
+Child runChild(const QStringList& arguments, const QString& home)
+{
+    Child result;
+    QProcess child;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("HOME"), home);
+    child.setProcessEnvironment(environment);
+    QElapsedTimer clock;
+    clock.start();
+    child.start(QCoreApplication::applicationFilePath(), arguments);
+    QByteArray output;
+    while (child.state() != QProcess::NotRunning || child.bytesAvailable()) {
+        child.waitForReadyRead(100);
+        while (child.canReadLine()) {
+            const QString line = QString::fromLocal8Bit(child.readLine()).trimmed();
+            if (line == QLatin1String("painted") && result.startupMs < 0)
+                result.startupMs = double(clock.nsecsElapsed()) / 1e6;
+            else if (line.count(QLatin1Char(' ')) == 1)
+                result.figures.insert(line.section(QLatin1Char(' '), 0, 0), line.section(QLatin1Char(' '), 1).toDouble());
+        }
+        if (child.state() == QProcess::NotRunning && !child.canReadLine())
+            break;
+    }
+    return result;
+}
+
+double median(QList<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.isEmpty() ? -1 : values.at(values.size() / 2);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    chooseMediaBackend();
+    const QStringList arguments = [&] {
+        QStringList list;
+        for (int i = 1; i < argc; ++i)
+            list.append(QString::fromLocal8Bit(argv[i]));
+        return list;
+    }();
+    if (arguments.value(0) == QLatin1String("--empty-window"))
+        return emptyWindow(argc, argv);
+    if (arguments.value(0) == QLatin1String("--bare-player"))
+        return bareMediaPlayer(argc, argv, arguments.value(1), arguments.value(2).toDouble());
+    if (arguments.value(0) == QLatin1String("--plinkbox"))
+        return plinkBox(argc, argv, arguments.value(1), arguments.value(2).toDouble());
+
+    QCoreApplication app(argc, argv);
+    const double seconds = arguments.isEmpty() ? 20 : arguments.first().toDouble();
+    QTemporaryDir folder;
+    const QString home = folder.path() + QStringLiteral("/home");
+    QDir().mkpath(home + QStringLiteral("/Documents"));
+    const QString file = folder.path() + QStringLiteral("/tone.mp3");
+    AudioFixtures::Tone tone(seconds + 20);
+    if (!AudioFixtures::makeTone(file, tone))
+        return 1;
+
+    // Start-up: five of each, after one warm-up run (the first start also
+    // writes the first-start files).
+    runChild({QStringLiteral("--plinkbox"), file, QStringLiteral("0.1")}, home);
+    QList<double> plinkStarts, emptyStarts;
+    for (int i = 0; i < 5; ++i) {
+        emptyStarts.append(runChild({QStringLiteral("--empty-window")}, home).startupMs);
+        plinkStarts.append(runChild({QStringLiteral("--plinkbox"), file, QStringLiteral("0.1")}, home).startupMs);
+    }
+    const QString phase = QString::number(seconds);
+    const Child player = runChild({QStringLiteral("--plinkbox"), file, phase}, home);
+    const Child bare = runChild({QStringLiteral("--bare-player"), file, phase}, home);
+
+    QTextStream out(stdout);
+    out << "plinkBox player, " << seconds << " s per phase, MP3 tone, backend "
+        << qEnvironmentVariable("QT_MEDIA_BACKEND") << Qt::endl;
+    out << QStringLiteral("start-up to painted window: %1 ms  (empty Qt Widgets window: %2 ms, ratio %3)")
+               .arg(median(plinkStarts), 0, 'f', 1).arg(median(emptyStarts), 0, 'f', 1)
+               .arg(median(plinkStarts) / median(emptyStarts), 0, 'f', 2)
+        << Qt::endl;
+    out << QStringLiteral("CPU playing: %1 %  (bare QMediaPlayer window: %2 %)")
+               .arg(player.figures.value("playing"), 0, 'f', 2).arg(bare.figures.value("playing"), 0, 'f', 2)
+        << Qt::endl;
+    out << QStringLiteral("CPU paused:  %1 %").arg(player.figures.value("paused"), 0, 'f', 2) << Qt::endl;
+    out << QStringLiteral("CPU stopped: %1 %").arg(player.figures.value("stopped"), 0, 'f', 2) << Qt::endl;
+    out << QStringLiteral("resident while playing: %1 MiB  (bare QMediaPlayer window: %2 MiB, ratio %3)")
+               .arg(player.figures.value("rss"), 0, 'f', 1).arg(bare.figures.value("rss"), 0, 'f', 1)
+               .arg(player.figures.value("rss") / bare.figures.value("rss"), 0, 'f', 2)
+        << Qt::endl;
+    return 0;
+}
