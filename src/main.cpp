@@ -1,4 +1,5 @@
 #include "app/appdelegate.h"
+#include "app/singleinstance.h"
 #include "playback/mediabackend.h"
 
 #include <QApplication>
@@ -8,6 +9,11 @@ int main(int argc, char* argv[])
     chooseMediaBackend(); // before any Qt object: the choice is read once
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("plinkBox"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("plinkbox"));
+    // Before the store exists: a second player must not touch the files.
+    SingleInstance instance;
+    if (!instance.claim())
+        return 0;
     AppDelegate delegate;
     return app.exec();
 }

@@ -1,6 +1,7 @@
 #include "app/appdelegate.h"
 
 #include "app/commandmenu.h"
+#include "app/mprisservice.h"
 #include "app/windowsetup.h"
 #include "app/windowsnapdelegate.h"
 #include "playback/audioplayer.h"
@@ -9,6 +10,7 @@
 #include "settings/settingsview.h"
 #include "store/config.h"
 
+#include <QGuiApplication>
 #include <QIcon>
 #include <QMenu>
 #include <QSystemTrayIcon>
@@ -29,14 +31,19 @@ AppDelegate::AppDelegate(QObject* parent)
     connect(m_contentView.get(), &ContentView::settingsRequested, this, &AppDelegate::showSettings);
     connect(m_commandMenu.get(), &CommandMenu::settingsRequested, this, &AppDelegate::showSettings);
 
+    const QIcon icon(QStringLiteral(":/icons/plinkbox.png"));
+    QGuiApplication::setWindowIcon(icon);
     if (QSystemTrayIcon::isSystemTrayAvailable()) {
-        const QImage picture = m_config->themePicture(QStringLiteral("play"));
-        const QIcon fallback(QPixmap::fromImage(picture));
-        m_trayIcon = new QSystemTrayIcon(QIcon::fromTheme(QStringLiteral("audio-x-generic"), fallback), this);
+        m_trayIcon = new QSystemTrayIcon(icon, this);
         m_trayIcon->setToolTip(QStringLiteral("plinkBox"));
         m_trayIcon->setContextMenu(m_commandMenu->menu());
         m_trayIcon->show();
     }
+
+    // Media keys and the desktop's controls; without a session bus the
+    // player simply goes without them.
+    m_mpris = std::make_unique<MprisService>(*m_config, *m_audioPlayer, *m_transport, [this] { raisePlayer(); });
+    m_mpris->registerOnSessionBus();
 
     m_contentView->setTranslucent(compositorRunning());
     m_contentView->show();
@@ -58,6 +65,15 @@ void AppDelegate::windowSetUp()
         showOnAllWorkspaces(window);
     }
     m_snapDelegate->attach(window);
+}
+
+void AppDelegate::raisePlayer()
+{
+    ContentView* window = m_contentView.get();
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+    window->show();
+    window->raise();
+    window->activateWindow();
 }
 
 void AppDelegate::showSettings()

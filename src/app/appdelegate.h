@@ -8,6 +8,7 @@ class AudioPlayer;
 class CommandMenu;
 class Config;
 class ContentView;
+class MprisService;
 class QSystemTrayIcon;
 class SettingsView;
 class Transport;
@@ -33,6 +34,8 @@ public:
 
     // Shows, raises and activates the settings window.
     void showSettings();
+    // Brings the player window forward (a second launch, the desktop's controls).
+    void raisePlayer();
 
 private:
     // Runs once, after the player window is shown.
@@ -45,5 +48,6 @@ private:
     std::unique_ptr<ContentView> m_contentView;
     std::unique_ptr<CommandMenu> m_commandMenu;
     std::unique_ptr<SettingsView> m_settingsView;
+    std::unique_ptr<MprisService> m_mpris;
     QSystemTrayIcon* m_trayIcon = nullptr; // a child
 };
