@@ -402,6 +402,21 @@ void PlaylistSettingsViewTest::unreadablePlaylistShowsNoTracks()
     QCOMPARE(out.lines().size(), 1);
     QVERIFY(view.tracks().isEmpty());
     QCOMPARE(child<TrackTable>(view, "trackTable")->model()->rowCount(), 0);
+
+    // Adding to it replaces the file, but its old bytes are kept beside it, once.
+    const QString path = playlistsFolder() + QLatin1Char('/') + fileName(catalogue.at(1).id);
+    QSignalSpy added(&view, &PlaylistSettingsView::tracksAdded);
+    const QString file = TestEnvironment::home() + QStringLiteral("/new.mp3");
+    QVERIFY(makeMp3(file));
+    view.addFiles({QUrl::fromLocalFile(file)});
+    QVERIFY(added.wait(10000));
+    view.addFiles({QUrl::fromLocalFile(file)});
+    QVERIFY(added.wait(10000));
+    QCOMPARE(config.readPlaylistTracks(catalogue.at(1).id)->size(), 2);
+    QFile kept(path + QStringLiteral(".broken"));
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.readAll(), QByteArray("{ \"tracks\" : [ oops"));
+    QVERIFY(!QFile::exists(path + QStringLiteral(".broken-2")));
 }
 
 void PlaylistSettingsViewTest::nothingToEditWithoutPlaylists()

@@ -3,6 +3,7 @@
 #include "settings/themedicon.h"
 #include "settings/tracktable.h"
 #include "store/console.h"
+#include "store/fileio.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -125,7 +126,9 @@ void PlaylistSettingsView::selectPlaylist(const std::optional<QUuid>& id)
     showCatalogue();
     m_nameField->setText(selectedPlaylist() ? selectedPlaylist()->name : QString());
     // An unreadable file has already been reported by the store; nothing to show.
-    m_model.setTracks(id ? m_config.readPlaylistTracks(*id).value_or(QList<Track>()) : QList<Track>());
+    const std::optional<QList<Track>> tracks = id ? m_config.readPlaylistTracks(*id) : std::nullopt;
+    m_unreadablePlaylistID = id && !tracks ? id : std::nullopt;
+    m_model.setTracks(tracks.value_or(QList<Track>()));
     updateControls();
 }
 
@@ -217,7 +220,7 @@ void PlaylistSettingsView::removeSelectedTracks()
     if (rows.isEmpty())
         return;
     m_model.removeTracks(rows);
-    m_config.writePlaylistTracks(*m_selectedPlaylistID, m_model.tracks());
+    writeTracks(*m_selectedPlaylistID, m_model.tracks());
 }
 
 void PlaylistSettingsView::chooseFiles()
@@ -264,7 +267,7 @@ void PlaylistSettingsView::applyAddedTracks(const QUuid& playlistID, const QList
     }
     if (m_selectedPlaylistID == playlistID) {
         m_model.appendTracks(added);
-        m_config.writePlaylistTracks(playlistID, m_model.tracks());
+        writeTracks(playlistID, m_model.tracks());
     } else {
         // The user moved on while the tags were read: the files still go
         // where they were dropped, if that playlist is still there.
@@ -286,7 +289,16 @@ void PlaylistSettingsView::commitOrder()
 {
     setDeleteWarning(false);
     if (m_selectedPlaylistID)
-        m_config.writePlaylistTracks(*m_selectedPlaylistID, m_model.tracks());
+        writeTracks(*m_selectedPlaylistID, m_model.tracks());
+}
+
+void PlaylistSettingsView::writeTracks(const QUuid& playlistID, const QList<Track>& tracks)
+{
+    if (m_unreadablePlaylistID == playlistID) {
+        keepBrokenCopy(m_config.playlistFileURL(playlistID));
+        m_unreadablePlaylistID.reset();
+    }
+    m_config.writePlaylistTracks(playlistID, tracks);
 }
 
 void PlaylistSettingsView::onDeletePressed()
