@@ -9,3 +9,7 @@ file(WRITE ${plink_broken_sound} "these are words, not sound\n")
 plink_add_test(test_soundplayer SOURCES test_soundplayer.cpp LIBS plinkcore plinkart)
 qt_add_resources(test_soundplayer brokensound PREFIX /sounds BASE ${CMAKE_CURRENT_BINARY_DIR}/soundfixtures
     FILES ${plink_broken_sound})
+
+# Tests that play sound or listen to the test sink must not overlap: one
+# would hear the other. Every such test takes this lock.
+set_tests_properties(test_audioplayer test_soundplayer PROPERTIES RESOURCE_LOCK plinkbox_sink)

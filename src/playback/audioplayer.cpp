@@ -101,8 +101,20 @@ std::optional<PlayError> AudioPlayer::open(const QUrl& file)
     auto* output = new QAudioOutput(player);
     output->setVolume(m_volume);
     player->setAudioOutput(output);
-    // The FFmpeg backend opens the file inside setSource() and records an
-    // error there; errors after that arrive through errorOccurred.
+    // Connected first, because the FFmpeg backend may signal from inside
+    // setSource(); until the player is ours, its signals are ignored.
+    connect(player, &QMediaPlayer::durationChanged, this, [this, player](qint64 milliseconds) {
+        if (player == m_player)
+            setDuration(double(milliseconds) / 1000.0);
+    });
+    connect(player, &QMediaPlayer::mediaStatusChanged, this,
+            [this, player](QMediaPlayer::MediaStatus status) { onMediaStatusChanged(player, status); });
+    connect(player, &QMediaPlayer::errorOccurred, this, [this, player](QMediaPlayer::Error, const QString& text) {
+        if (player == m_player)
+            fail(text);
+    });
+    // The FFmpeg backend opens the file inside setSource(): a file it cannot
+    // open is known here, and is the caller's to report.
     player->setSource(file);
     if (player->error() != QMediaPlayer::NoError || player->mediaStatus() == QMediaPlayer::InvalidMedia) {
         PlayError error{QStringLiteral("QMediaPlayer"), int(player->error()), player->errorString()};
@@ -116,24 +128,14 @@ std::optional<PlayError> AudioPlayer::open(const QUrl& file)
         // The old player may be the sender of the signal we are answering
         // (a track that finished starts the next one): delete it later.
         m_player->disconnect(this);
-        m_player->stop();
+        if (m_player->playbackState() != QMediaPlayer::StoppedState)
+            m_player->stop();
         m_player->deleteLater();
     }
     m_player = player;
     m_output = output;
     m_url = file;
     ++m_openCount;
-
-    connect(player, &QMediaPlayer::durationChanged, this, [this, player](qint64 milliseconds) {
-        if (player == m_player)
-            setDuration(double(milliseconds) / 1000.0);
-    });
-    connect(player, &QMediaPlayer::mediaStatusChanged, this,
-            [this, player](QMediaPlayer::MediaStatus status) { onMediaStatusChanged(player, status); });
-    connect(player, &QMediaPlayer::errorOccurred, this, [this, player](QMediaPlayer::Error, const QString& text) {
-        if (player == m_player)
-            fail(text);
-    });
 
     emit playerChanged();
     setDuration(double(player->duration()) / 1000.0);

@@ -57,16 +57,19 @@ QMediaPlayer* SoundPlayer::load(const QString& name)
         return loaded;
     auto* player = new QMediaPlayer(this);
     player->setAudioOutput(new QAudioOutput(player));
-    // The FFmpeg backend reads qrc: URLs itself and reports a file it cannot
-    // open inside setSource().
+    // Later errors are printed as they come; one found while opening (the
+    // FFmpeg backend may signal it from inside setSource) is printed below.
+    connect(player, &QMediaPlayer::errorOccurred, this, [this, name, player](QMediaPlayer::Error, const QString& text) {
+        if (m_loaded.value(name) == player)
+            printLine(couldNotPlay(name, text));
+    });
+    // The FFmpeg backend reads qrc: URLs itself.
     player->setSource(QUrl(QStringLiteral("qrc:/sounds/") + name + QStringLiteral(".m4a")));
     if (player->error() != QMediaPlayer::NoError || player->mediaStatus() == QMediaPlayer::InvalidMedia) {
         printLine(couldNotPlay(name, player->errorString()));
         delete player;
         return nullptr;
     }
-    connect(player, &QMediaPlayer::errorOccurred, this,
-            [name](QMediaPlayer::Error, const QString& description) { printLine(couldNotPlay(name, description)); });
     m_loaded.insert(name, player);
     return player;
 }
