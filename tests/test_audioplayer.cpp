@@ -145,10 +145,16 @@ void TestAudioPlayer::seekIsClampedAndShownAtOnce()
     QVERIFY(!path.isEmpty());
     QVERIFY(!player.play(url(path)));
     QTest::qWait(300);
+    player.seek(0.25); // while playing
+    player.tick();
+    QVERIFY2(qAbs(player.progress() - 0.25) < 0.03, qPrintable(QString::number(player.progress())));
     player.pause();
     player.seek(fraction);
     QCOMPARE(player.progress(), expected);
     QTRY_VERIFY(qAbs(double(player.player()->position()) - expected * 4000) < 100);
+    // The next tick does not pull the scrub bar back to where it was.
+    player.tick();
+    QVERIFY(qAbs(player.progress() - expected) < 0.03);
 }
 
 void TestAudioPlayer::sameFileResumesWithoutReloading()
@@ -248,6 +254,10 @@ void TestAudioPlayer::naturalEndCallsOnTrackFinished()
     QVERIFY(player.hasTimer()); // the end does not stop the timer
     QTest::qWait(300);
     QCOMPARE(finished, 1);
+    // Play pressed again on the ended track: it plays once more to its end.
+    QVERIFY(!player.play(url(path)));
+    QVERIFY(player.isPlaying());
+    QTRY_COMPARE_WITH_TIMEOUT(finished, 2, 4000);
     QCOMPARE(output.lines(), QStringList());
 }
 
