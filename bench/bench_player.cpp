@@ -48,6 +48,25 @@ double residentMiB()
     return -1;
 }
 
+// Proportional set size: shared libraries counted by the share this process has of them.
+double proportionalMiB()
+{
+    QFile rollup(QStringLiteral("/proc/self/smaps_rollup"));
+    if (!rollup.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray& line : rollup.readAll().split('\n')) {
+        if (line.startsWith("Pss:"))
+            return line.mid(4).trimmed().split(' ').first().toDouble() / 1024;
+    }
+    return -1;
+}
+
+void reportMemory(const char* prefix)
+{
+    QTextStream(stdout) << prefix << "rss " << residentMiB() << Qt::endl;
+    QTextStream(stdout) << prefix << "pss " << proportionalMiB() << Qt::endl;
+}
+
 void runFor(double seconds)
 {
     QEventLoop loop;
@@ -93,7 +112,8 @@ int emptyWindow(int argc, char* argv[])
     QWidget window;
     window.resize(269, 96);
     window.show();
-    QTimer::singleShot(300, &app, &QCoreApplication::quit);
+    QTimer::singleShot(300, &app, [] { reportMemory("idle"); });
+    QTimer::singleShot(400, &app, &QCoreApplication::quit);
     return app.exec();
 }
 
@@ -110,7 +130,7 @@ int bareMediaPlayer(int argc, char* argv[], const QString& file, double seconds)
     player.play();
     runFor(1);
     report("playing", cpuPercentOver(seconds));
-    report("rss", residentMiB());
+    reportMemory("");
     return 0;
 }
 
@@ -121,6 +141,7 @@ int plinkBox(int argc, char* argv[], const QString& file, double seconds)
     app.installEventFilter(&painted);
     AppDelegate delegate;
     runFor(0.5);
+    reportMemory("idle");
     Config& config = delegate.config();
     config.bringCurrentPlaylistIntoRange();
     config.writePlaylistTracks(config.playlists().at(config.currentPlaylistIndex()).id,
@@ -130,7 +151,7 @@ int plinkBox(int argc, char* argv[], const QString& file, double seconds)
         return 1;
     runFor(1);
     report("playing", cpuPercentOver(seconds));
-    report("rss", residentMiB());
+    reportMemory("");
     delegate.audioPlayer().pause();
     runFor(1);
     report("paused", cpuPercentOver(seconds));
@@ -210,8 +231,10 @@ int main(int argc, char* argv[])
     // writes the first-start files).
     runChild({QStringLiteral("--plinkbox"), file, QStringLiteral("0.1")}, home);
     QList<double> plinkStarts, emptyStarts;
+    Child empty;
     for (int i = 0; i < 5; ++i) {
-        emptyStarts.append(runChild({QStringLiteral("--empty-window")}, home).startupMs);
+        empty = runChild({QStringLiteral("--empty-window")}, home);
+        emptyStarts.append(empty.startupMs);
         plinkStarts.append(runChild({QStringLiteral("--plinkbox"), file, QStringLiteral("0.1")}, home).startupMs);
     }
     const QString phase = QString::number(seconds);
@@ -230,9 +253,19 @@ int main(int argc, char* argv[])
         << Qt::endl;
     out << QStringLiteral("CPU paused:  %1 %").arg(player.figures.value("paused"), 0, 'f', 2) << Qt::endl;
     out << QStringLiteral("CPU stopped: %1 %").arg(player.figures.value("stopped"), 0, 'f', 2) << Qt::endl;
-    out << QStringLiteral("resident while playing: %1 MiB  (bare QMediaPlayer window: %2 MiB, ratio %3)")
-               .arg(player.figures.value("rss"), 0, 'f', 1).arg(bare.figures.value("rss"), 0, 'f', 1)
-               .arg(player.figures.value("rss") / bare.figures.value("rss"), 0, 'f', 2)
-        << Qt::endl;
+    for (const char* kind : {"rss", "pss"}) {
+        const QString idle = QStringLiteral("idle") + QLatin1String(kind);
+        out << QStringLiteral("%1 idle: %2 MiB  (empty Qt Widgets window: %3 MiB, ratio %4)")
+                   .arg(QString::fromLatin1(kind).toUpper())
+                   .arg(player.figures.value(idle), 0, 'f', 1).arg(empty.figures.value(idle), 0, 'f', 1)
+                   .arg(player.figures.value(idle) / empty.figures.value(idle), 0, 'f', 2)
+            << Qt::endl;
+        out << QStringLiteral("%1 while playing: %2 MiB  (bare QMediaPlayer window: %3 MiB, ratio %4)")
+                   .arg(QString::fromLatin1(kind).toUpper())
+                   .arg(player.figures.value(QLatin1String(kind)), 0, 'f', 1)
+                   .arg(bare.figures.value(QLatin1String(kind)), 0, 'f', 1)
+                   .arg(player.figures.value(QLatin1String(kind)) / bare.figures.value(QLatin1String(kind)), 0, 'f', 2)
+            << Qt::endl;
+    }
     return 0;
 }
