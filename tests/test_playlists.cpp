@@ -15,29 +15,27 @@ QString playlistsFolder()
     return TestEnvironment::documents() + QStringLiteral("/plinkBox-1/Playlists");
 }
 
+QString settingsPath()
+{
+    return TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json");
+}
+
 QByteArray readFile(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QList<QUuid> storedIds()
+void makeFile(const QString& path, const QByteArray& bytes = {})
 {
-    const auto decoded = settingsDataFromJson(
-        readFile(TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json")));
-    QList<QUuid> ids;
-    for (const Playlist& playlist : decoded.value.value_or(SettingsData{}).playlists)
-        ids.append(playlist.id);
-    return ids;
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(bytes);
 }
 
-QList<Track> someTracks(int count)
+QList<Playlist> storedCatalogue()
 {
-    QList<Track> tracks;
-    for (int i = 0; i < count; ++i)
-        tracks.append(Track::make(QStringLiteral("file:///music/%1.mp3").arg(i), QStringLiteral("T%1").arg(i),
-                                  QStringLiteral("A")));
-    return tracks;
+    return settingsDataFromJson(readFile(settingsPath())).value.value_or(SettingsData{}).playlists;
 }
 
 } // namespace
@@ -50,13 +48,10 @@ private slots:
     void init() { TestEnvironment::wipeHome(); }
 
     void createdPlaylistsAreAppendedWrittenAndSaved();
-    void deletingTheOnlyPlaylistLeavesAFreshOne();
-    void deletingRemovesFileAndEntryByIdOnly();
-    void deletingAnUnknownIdOnlyRemovesItsFile();
-    void anExistingEmptyFolderIsLeftAlone();
+    void deletingGoesByIdAndNeverEmptiesTheCatalogue();
+    void anExistingPlaylistsFolderIsLeftAlone();
     void trackWritesAreAtomicAndReportedWithTheirWording();
-    void currentTracksAreReadAfreshAndFailuresReported();
-    void indexesFromFilesAreBroughtIntoRange();
+    void currentTracksAreReadAfreshAndKeptInRange();
 };
 
 void PlaylistsTest::createdPlaylistsAreAppendedWrittenAndSaved()
@@ -66,147 +61,102 @@ void PlaylistsTest::createdPlaylistsAreAppendedWrittenAndSaved()
     config.setCurrentPlaylistIndex(3);
     StdoutCapture out;
     config.createPlaylist();
-    config.createPlaylist();
-    QCOMPARE(out.lines(), QStringList(2, QStringLiteral("New playlist written successfully.")));
+    QCOMPARE(out.lines(), QStringList{QStringLiteral("New playlist written successfully.")});
     QCOMPARE(config.lastSelectedPlaylistID(), 0);
     QCOMPARE(config.currentPlaylistIndex(), 3); // not touched
-    const QList<Playlist> playlists = config.playlists();
-    QCOMPARE(playlists.size(), 3);
-    QCOMPARE(playlists.at(1).name, QStringLiteral("Untitled"));
-    QCOMPARE(playlists.at(2).name, QStringLiteral("Untitled"));
-    QVERIFY(playlists.at(1).id != playlists.at(2).id);
-    QCOMPARE(QDir(playlistsFolder()).entryList(QDir::Files).size(), 3);
-    QCOMPARE(storedIds().size(), 3);
-    QCOMPARE(config.playlistFileURL(playlists.at(2).id),
-             playlistsFolder() + QLatin1Char('/') + uuidText(playlists.at(2).id) + QStringLiteral(".json"));
+    const Playlist added = config.playlists().last();
+    QCOMPARE(added.name, QStringLiteral("Untitled"));
+    QVERIFY(added.id != config.playlists().first().id);
+    QCOMPARE(config.playlistFileURL(added.id), playlistsFolder() + QLatin1Char('/') + uuidText(added.id) + QStringLiteral(".json"));
+    QCOMPARE(readFile(config.playlistFileURL(added.id)), QByteArray("{\n  \"tracks\" : []\n}"));
+    QCOMPARE(storedCatalogue(), config.playlists());
 }
 
-void PlaylistsTest::deletingTheOnlyPlaylistLeavesAFreshOne()
+void PlaylistsTest::deletingGoesByIdAndNeverEmptiesTheCatalogue()
 {
     Config config;
     const Playlist only = config.playlists().first();
-    const QString oldFile = config.playlistFileURL(only.id);
     config.deletePlaylist(only.id);
     QCOMPARE(config.playlists().size(), 1);
     const Playlist fresh = config.playlists().first();
     QVERIFY(fresh.id != only.id);
-    QCOMPARE(fresh.name, QStringLiteral("Untitled"));
-    QVERIFY(!QFile::exists(oldFile));
-    QCOMPARE(readFile(config.playlistFileURL(fresh.id)), QByteArray("{\n  \"tracks\" : []\n}"));
-    QCOMPARE(storedIds(), QList<QUuid>{fresh.id});
-}
+    QVERIFY(!QFile::exists(config.playlistFileURL(only.id)));
+    QVERIFY(QFile::exists(config.playlistFileURL(fresh.id)));
+    QCOMPARE(storedCatalogue(), QList<Playlist>{fresh});
 
-void PlaylistsTest::deletingRemovesFileAndEntryByIdOnly()
-{
-    Config config;
+    // Same names, different ids: only the one asked for goes.
     config.createPlaylist();
     config.createPlaylist();
-    QList<Playlist> renamed = config.playlists();
-    for (Playlist& playlist : renamed)
-        playlist.name = QStringLiteral("Same");
-    config.setPlaylists(renamed);
+    const QList<Playlist> three = config.playlists();
     config.setLastSelectedPlaylistID(2);
-    config.deletePlaylist(renamed.at(1).id);
-    QCOMPARE(config.playlists(), (QList<Playlist>{renamed.at(0), renamed.at(2)}));
+    config.deletePlaylist(three.at(1).id);
+    QCOMPARE(config.playlists(), (QList<Playlist>{three.at(0), three.at(2)}));
     QCOMPARE(config.lastSelectedPlaylistID(), 0);
-    QVERIFY(!QFile::exists(config.playlistFileURL(renamed.at(1).id)));
-    QCOMPARE(storedIds().size(), 2);
 
-    // A file that cannot be removed is reported; the entry still goes.
-    QFile::remove(config.playlistFileURL(renamed.at(2).id));
-    QDir().mkpath(config.playlistFileURL(renamed.at(2).id));
-    StdoutCapture out;
-    config.deletePlaylist(renamed.at(2).id);
-    QCOMPARE(out.lines().size(), 1);
-    QVERIFY(out.lines().first().startsWith(QStringLiteral("Failed to delete playlist file: ")));
-    QCOMPARE(config.playlists(), QList<Playlist>{renamed.at(0)});
-}
-
-void PlaylistsTest::deletingAnUnknownIdOnlyRemovesItsFile()
-{
-    Config config;
-    config.createPlaylist(); // with a single entry, deleting first makes a fresh playlist
-    const QList<Playlist> before = config.playlists();
+    // An unknown id: its stray file goes, nothing else changes and nothing is saved.
     const QUuid stray = QUuid::createUuid();
-    QFile file(config.playlistFileURL(stray));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.close();
-    const QString settingsFile = TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json");
-    QFile::remove(settingsFile); // a save would bring it back
+    makeFile(config.playlistFileURL(stray));
+    QFile::remove(settingsPath());
     QSignalSpy spy(&config, &Config::changed);
     config.deletePlaylist(stray);
     QVERIFY(!QFile::exists(config.playlistFileURL(stray)));
-    QVERIFY(!QFile::exists(settingsFile));
+    QVERIFY(!QFile::exists(settingsPath()));
     QCOMPARE(spy.count(), 0);
-    QCOMPARE(config.playlists(), before);
+
+    // A file that cannot be removed is reported; the entry still goes.
+    QFile::remove(config.playlistFileURL(three.at(2).id));
+    QDir().mkpath(config.playlistFileURL(three.at(2).id));
+    StdoutCapture out;
+    config.deletePlaylist(three.at(2).id);
+    QCOMPARE(out.lines().size(), 1);
+    QVERIFY(out.lines().first().startsWith(QStringLiteral("Failed to delete playlist file: ")));
+    QCOMPARE(config.playlists(), QList<Playlist>{three.at(0)});
 }
 
-void PlaylistsTest::anExistingEmptyFolderIsLeftAlone()
+void PlaylistsTest::anExistingPlaylistsFolderIsLeftAlone()
 {
     QDir().mkpath(playlistsFolder());
-    Config config;
-    QVERIFY(config.playlists().isEmpty());
+    QVERIFY(Config().playlists().isEmpty());
     QVERIFY(QDir(playlistsFolder()).entryList(QDir::Files).isEmpty());
-    // The same when something that is not a folder stands there.
-    TestEnvironment::wipeHome();
-    QDir().mkpath(TestEnvironment::documents() + QStringLiteral("/plinkBox-1"));
-    QFile blocker(playlistsFolder());
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
-    Config blocked;
-    QVERIFY(blocked.playlists().isEmpty());
 }
 
 void PlaylistsTest::trackWritesAreAtomicAndReportedWithTheirWording()
 {
     Config config;
     const QUuid id = config.playlists().first().id;
-    const QList<Track> tracks = someTracks(3);
+    const QList<Track> tracks{Track::make("file:///a.mp3", "A", "X"), Track::make("file:///b.mp3", "B", "Y")};
     config.writePlaylistTracks(id, tracks);
     QCOMPARE(config.readPlaylistTracks(id), std::optional<QList<Track>>(tracks));
     QCOMPARE(QDir(playlistsFolder()).entryList(QDir::Files).size(), 1); // no temporary left behind
 
-    // A failed write leaves the old file whole.
+    // A failed write leaves the old file whole: the folder is moved away and a file stands in its place.
     const QByteArray before = readFile(config.playlistFileURL(id));
-    QDir(playlistsFolder()).rename(playlistsFolder(), playlistsFolder() + QStringLiteral("-moved"));
-    QFile blocker(playlistsFolder());
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
+    QDir().rename(playlistsFolder(), playlistsFolder() + QStringLiteral("-moved"));
+    makeFile(playlistsFolder());
     StdoutCapture out;
-    config.writePlaylistTracks(id, someTracks(1));
+    config.writePlaylistTracks(id, {});
     QCOMPARE(out.lines().size(), 1);
     QVERIFY(out.lines().first().startsWith(QStringLiteral("Failed to write theme.json: ")));
     QCOMPARE(readFile(playlistsFolder() + QStringLiteral("-moved/") + uuidText(id) + QStringLiteral(".json")), before);
 }
 
-void PlaylistsTest::currentTracksAreReadAfreshAndFailuresReported()
+void PlaylistsTest::currentTracksAreReadAfreshAndKeptInRange()
 {
     Config config;
     const QUuid id = config.playlists().first().id;
-    QCOMPARE(config.currentPlaylistTracks(), std::optional<QList<Track>>(QList<Track>{}));
-    config.writePlaylistTracks(id, someTracks(2));
-    QCOMPARE(config.currentPlaylistTracks()->size(), 2);
-
-    QFile file(config.playlistFileURL(id));
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write("{\"tracks\" : [{}]}");
-    file.close();
+    QCOMPARE(config.currentPlaylistTracks()->size(), 0);
+    config.writePlaylistTracks(id, {Track::make("file:///a.mp3", "A", "X")});
+    QCOMPARE(config.currentPlaylistTracks()->size(), 1);
+    makeFile(config.playlistFileURL(id), "{\"tracks\" : [{}]}");
     StdoutCapture out;
     QVERIFY(!config.currentPlaylistTracks());
-    QFile::remove(config.playlistFileURL(id));
-    QVERIFY(!config.currentPlaylistTracks());
-    QCOMPARE(out.lines().size(), 2);
-}
+    QCOMPARE(out.lines().size(), 1);
 
-void PlaylistsTest::indexesFromFilesAreBroughtIntoRange()
-{
-    Config config;
-    config.setCurrentPlaylistIndex(7);
-    QVERIFY(config.bringCurrentPlaylistIntoRange());
-    QCOMPARE(config.currentPlaylistIndex(), 0);
-    config.setCurrentPlaylistIndex(-1);
-    QVERIFY(config.bringCurrentPlaylistIntoRange());
-    QCOMPARE(config.currentPlaylistIndex(), 0);
+    for (qint64 index : {7, -1}) {
+        config.setCurrentPlaylistIndex(index);
+        QVERIFY(config.bringCurrentPlaylistIntoRange());
+        QCOMPARE(config.currentPlaylistIndex(), 0);
+    }
     config.setPlaylists({});
     QVERIFY(!config.bringCurrentPlaylistIntoRange());
 }
