@@ -1,16 +1,24 @@
 #pragma once
 
-// What the player's tests share: tones on disk, playlists of them, and a
-// theme whose pictures are solid colours, so that a test can tell by one
-// pixel which picture was drawn where.
+// What the player's tests share: tones on disk, playlists of them, the
+// player's parts over such playlists, and a theme whose pictures are solid
+// colours, so that one pixel tells which picture was drawn where.
 
+#include "playback/audioplayer.h"
+#include "playback/mediabackend.h"
+#include "player/transport.h"
 #include "store/config.h"
 #include "support/audiofixtures.h"
+#include "support/stdoutcapture.h"
 
 #include <QColor>
 #include <QDir>
 #include <QImage>
+#include <QRegularExpression>
 #include <QUrl>
+
+// The tests play through the same media backend as the program.
+inline const bool mediaBackendChosen = (chooseMediaBackend(), true);
 
 namespace PlayerFixture {
 
@@ -49,57 +57,55 @@ inline QUuid addPlaylist(Config& config, const QString& name, const QStringList&
     return catalogue.last().id;
 }
 
-// A colour per picture name, for every picture the skin draws.
+// The store, player and transport over the playlists "Untitled" (empty),
+// "Three" (all three tones, current) and "Two" (the first two).
+struct Rig {
+    explicit Rig(const QStringList& tones)
+        : three(addPlaylist(config, QStringLiteral("Three"), tones))
+        , two(addPlaylist(config, QStringLiteral("Two"), tones.mid(0, 2)))
+    {
+        config.setCurrentPlaylistIndex(1);
+    }
+    Config config;
+    QUuid three, two;
+    AudioPlayer player;
+    Transport transport{config, player};
+};
+
+// Every picture the skin draws, each as a solid colour of far apart hues.
+inline const QStringList pictureNames = {"player", "player-min", "close", "min", "rr", "rr-on", "play", "play-on",
+                                         "pause", "pause-on", "ff", "ff-on", "playlist-menu", "track-menu",
+                                         "track-scrubber", "track-album"};
 inline QColor pictureColour(const QString& picture)
 {
-    const QStringList names = {"player", "player-min", "close", "min", "rr", "rr-on", "play", "play-on",
-                               "pause", "pause-on", "ff", "ff-on", "playlist-menu", "track-menu",
-                               "track-scrubber", "track-album"};
-    const int index = names.indexOf(picture);
-    // Far apart hues at full saturation, never close to black or white.
-    return QColor::fromHsv((index * 360 / names.size() + index % 2 * 11) % 360, 255, 230);
+    const int index = pictureNames.indexOf(picture);
+    return QColor::fromHsv((index * 360 / pictureNames.size() + index % 2 * 11) % 360, 255, 230);
 }
 
-// Writes the coloured pictures into the current theme's folder, at two
-// pixels per point of the default layout (exact sizes do not matter: the
-// skin stretches them).
+// Writes those pictures into the current theme's folder (the skin stretches them).
 inline void writeColouredTheme(Config& config)
 {
     const QString folder = config.themesFolder() + QLatin1Char('/') + config.currentTheme();
     QDir().mkpath(folder);
-    const QStringList names = {"player", "player-min", "close", "min", "rr", "rr-on", "play", "play-on",
-                               "pause", "pause-on", "ff", "ff-on", "playlist-menu", "track-menu",
-                               "track-scrubber", "track-album"};
-    for (const QString& name : names) {
+    for (const QString& name : pictureNames) {
         QImage picture(64, 64, QImage::Format_ARGB32);
         picture.fill(pictureColour(name));
         picture.save(folder + QLatin1Char('/') + name + QStringLiteral(".png"));
     }
 }
 
-} // namespace PlayerFixture
-
-// The tests play through the same media backend as the program.
-#include "playback/mediabackend.h"
-inline const bool mediaBackendChosen = (chooseMediaBackend(), true);
-
-#include "support/stdoutcapture.h"
-
-#include <QRegularExpression>
-
-namespace PlayerFixture {
-// The lines an action printed. The capture ends before the caller checks
-// anything, so that a failing check's own report is not swallowed.
+// The lines an action printed, without the test framework's own messages.
+// The capture ends before the caller checks anything, so that a failing
+// check's report is not swallowed.
 template <class Action>
 QStringList printedBy(Action action)
 {
     StdoutCapture capture;
     action();
     QStringList lines = capture.lines();
-    // The test framework's own messages (Qt's warnings, the media
-    // backend's debug lines) go to standard output too.
     static const QRegularExpression framework(QStringLiteral("^Q(WARN|DEBUG|INFO|SYSTEM|CRITICAL) "));
     lines.removeIf([](const QString& line) { return framework.match(line).hasMatch(); });
     return lines;
 }
+
 } // namespace PlayerFixture

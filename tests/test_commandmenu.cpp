@@ -1,6 +1,4 @@
 #include "app/commandmenu.h"
-#include "playback/audioplayer.h"
-#include "player/transport.h"
 #include "playerfixture.h"
 #include "support/testenvironment.h"
 
@@ -12,59 +10,8 @@
 
 using PlayerFixture::printedBy;
 
-class CommandMenuTest : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
-
-    void itemsFollowTheState();
-    void shortcutsWorkInAnyOfOurWindows_data();
-    void shortcutsWorkInAnyOfOurWindows();
-    void submenusChooseWithoutSounds();
-    void tracksSubmenuOnlyWhenThePlaylistReads();
-
-private:
-    QStringList titles(QMenu* menu);
-
-    QTemporaryDir m_toneFolder;
-    QStringList m_tones;
-    std::unique_ptr<Config> m_config;
-    std::unique_ptr<AudioPlayer> m_player;
-    std::unique_ptr<Transport> m_transport;
-    std::unique_ptr<CommandMenu> m_commands;
-    QUuid m_three;
-};
-
-void CommandMenuTest::initTestCase()
-{
-    m_tones = PlayerFixture::makeTones(m_toneFolder.path(), 3, 20);
-    QCOMPARE(m_tones.size(), 3);
-}
-
-void CommandMenuTest::init()
-{
-    TestEnvironment::wipeHome();
-    m_config = std::make_unique<Config>();
-    m_three = PlayerFixture::addPlaylist(*m_config, QStringLiteral("Three"), m_tones);
-    m_config->setCurrentPlaylistIndex(1);
-    m_player = std::make_unique<AudioPlayer>();
-    m_transport = std::make_unique<Transport>(*m_config, *m_player);
-    m_commands = std::make_unique<CommandMenu>(*m_config, *m_player, *m_transport);
-}
-
-void CommandMenuTest::cleanup()
-{
-    m_commands.reset();
-    m_transport.reset();
-    m_player.reset();
-    m_config.reset();
-}
-
-QStringList CommandMenuTest::titles(QMenu* menu)
+// The visible entries, checked ones marked.
+static QStringList titles(QMenu* menu)
 {
     QStringList texts;
     for (QAction* action : menu->actions()) {
@@ -74,111 +21,124 @@ QStringList CommandMenuTest::titles(QMenu* menu)
     return texts;
 }
 
-void CommandMenuTest::itemsFollowTheState()
+class CommandMenuTest : public QObject
 {
-    QMenu* menu = m_commands->menu();
-    QCOMPARE(menu->title(), QStringLiteral("Player"));
-    QCOMPARE(titles(menu), (QStringList{"Play", "Loop tracks ✓", "Shuffle tracks", "", "Volume Up",
-                                        "Volume Down", "", "Playlists", "Tracks", "", "Settings…", "Quit"}));
-    m_transport->playPausePressed();
-    m_config->setLoopTracks(false);
-    m_config->setShuffleTracks(true);
-    QCOMPARE(titles(menu).mid(0, 3), (QStringList{"Pause", "Loop tracks", "Shuffle tracks ✓"}));
-    m_player->pause();
-    QCOMPARE(titles(menu).first(), QStringLiteral("Play"));
-}
+    Q_OBJECT
 
-void CommandMenuTest::shortcutsWorkInAnyOfOurWindows_data()
-{
-    QTest::addColumn<bool>("secondWindow");
-    QTest::newRow("player window") << false;
-    QTest::newRow("another window of ours") << true;
-}
+    QTemporaryDir m_toneFolder;
+    QStringList m_tones;
+    std::unique_ptr<PlayerFixture::Rig> m_rig; // "Untitled" (empty), "Three" (current), "Two"
+    std::unique_ptr<CommandMenu> m_commands;
 
-void CommandMenuTest::shortcutsWorkInAnyOfOurWindows()
-{
-    QFETCH(bool, secondWindow);
-    QWidget player;
-    m_commands->addShortcutsTo(&player);
-    player.show();
-    QWidget other;
-    if (secondWindow)
-        other.show();
-    QWidget* target = secondWindow ? &other : &player;
-    QApplication::setActiveWindow(target);
-    QVERIFY(QTest::qWaitForWindowActive(target));
+private slots:
+    void initTestCase()
+    {
+        m_tones = PlayerFixture::makeTones(m_toneFolder.path(), 3, 20);
+        QCOMPARE(m_tones.size(), 3);
+    }
+    void init()
+    {
+        TestEnvironment::wipeHome();
+        m_rig = std::make_unique<PlayerFixture::Rig>(m_tones);
+        m_commands = std::make_unique<CommandMenu>(m_rig->config, m_rig->player, m_rig->transport);
+    }
+    void cleanup()
+    {
+        m_commands.reset();
+        m_rig.reset();
+    }
 
-    QTest::keyClick(target, Qt::Key_Space);
-    QVERIFY(m_player->isPlaying());
-    QCOMPARE(m_player->currentUrl(), QUrl::fromLocalFile(m_tones.at(0)));
-    m_player->setVolume(0.5f);
-    QTest::keyClick(target, Qt::Key_Equal, Qt::ControlModifier);
-    QTest::keyClick(target, Qt::Key_Plus, Qt::ControlModifier);
-    QVERIFY(qAbs(m_player->volume() - 0.7f) < 1e-4f);
-    QTest::keyClick(target, Qt::Key_Minus, Qt::ControlModifier);
-    QVERIFY(qAbs(m_player->volume() - 0.6f) < 1e-4f);
+    void itemsFollowTheState()
+    {
+        QMenu* menu = m_commands->menu();
+        QCOMPARE(menu->title(), QStringLiteral("Player"));
+        QCOMPARE(titles(menu), (QStringList{"Play", "Loop tracks ✓", "Shuffle tracks", "", "Volume Up",
+                                            "Volume Down", "", "Playlists", "Tracks", "", "Settings…", "Quit"}));
+        m_rig->transport.playPausePressed();
+        m_rig->config.setLoopTracks(false);
+        m_rig->config.setShuffleTracks(true);
+        QCOMPARE(titles(menu).mid(0, 3), (QStringList{"Pause", "Loop tracks", "Shuffle tracks ✓"}));
+        m_rig->player.pause();
+        QCOMPARE(titles(menu).first(), QStringLiteral("Play"));
+    }
 
-    // Loop and shuffle toggle and are saved at once (Ctrl+S is no save command).
-    QTest::keyClick(target, Qt::Key_L, Qt::ControlModifier);
-    QTest::keyClick(target, Qt::Key_S, Qt::ControlModifier);
-    QVERIFY(!m_config->loopTracks());
-    QVERIFY(m_config->shuffleTracks());
-    QFile settings(m_config->settingsFileURL());
-    QVERIFY(settings.open(QIODevice::ReadOnly));
-    const QByteArray saved = settings.readAll();
-    QVERIFY(saved.contains("\"shuffleTracks\" : true"));
-    QVERIFY(saved.contains("\"loopTracks\" : false"));
+    void shortcutsWorkInAnyOfOurWindows_data()
+    {
+        QTest::addColumn<bool>("secondWindow");
+        QTest::newRow("player window") << false;
+        QTest::newRow("another window of ours") << true;
+    }
+    void shortcutsWorkInAnyOfOurWindows()
+    {
+        QFETCH(bool, secondWindow);
+        QWidget player, other;
+        m_commands->addShortcutsTo(&player);
+        player.show();
+        QWidget* target = secondWindow ? &other : &player;
+        target->show();
+        QApplication::setActiveWindow(target);
+        QVERIFY(QTest::qWaitForWindowActive(target));
 
-    QSignalSpy settingsRequested(m_commands.get(), &CommandMenu::settingsRequested);
-    QTest::keyClick(target, Qt::Key_Comma, Qt::ControlModifier);
-    QCOMPARE(settingsRequested.count(), 1);
-    QTest::keyClick(target, Qt::Key_Space);
-    QVERIFY(!m_player->isPlaying());
-}
+        QTest::keyClick(target, Qt::Key_Space);
+        QCOMPARE(m_rig->player.currentUrl(), QUrl::fromLocalFile(m_tones.at(0)));
+        m_rig->player.setVolume(0.5f);
+        QTest::keyClick(target, Qt::Key_Equal, Qt::ControlModifier);
+        QTest::keyClick(target, Qt::Key_Plus, Qt::ControlModifier);
+        QVERIFY(qAbs(m_rig->player.volume() - 0.7f) < 1e-4f);
+        QTest::keyClick(target, Qt::Key_Minus, Qt::ControlModifier);
+        QVERIFY(qAbs(m_rig->player.volume() - 0.6f) < 1e-4f);
+        // Loop and shuffle toggle and are saved at once.
+        QTest::keyClick(target, Qt::Key_L, Qt::ControlModifier);
+        QTest::keyClick(target, Qt::Key_S, Qt::ControlModifier);
+        QFile settings(m_rig->config.settingsFileURL());
+        QVERIFY(settings.open(QIODevice::ReadOnly));
+        const QByteArray saved = settings.readAll();
+        QVERIFY(saved.contains("\"shuffleTracks\" : true") && saved.contains("\"loopTracks\" : false"));
+        QSignalSpy settingsRequested(m_commands.get(), &CommandMenu::settingsRequested);
+        QTest::keyClick(target, Qt::Key_Comma, Qt::ControlModifier);
+        QCOMPARE(settingsRequested.count(), 1);
+        QVERIFY(m_rig->player.isPlaying());
+        QTest::keyClick(target, Qt::Key_Space);
+        QVERIFY(!m_rig->player.isPlaying());
+    }
 
-void CommandMenuTest::submenusChooseWithoutSounds()
-{
-    QMenu* menu = m_commands->menu();
-    QMenu* playlists = menu->actions().at(7)->menu();
-    QMenu* tracks = menu->actions().at(8)->menu();
-    QCOMPARE(titles(playlists), (QStringList{"Untitled", "Three ✓"}));
-    emit menu->aboutToShow();
-    QCOMPARE(titles(tracks), (QStringList{"Tone 1 ✓", "Tone 2", "Tone 3"}));
+    void submenusChooseWithoutSounds()
+    {
+        QMenu* menu = m_commands->menu();
+        QMenu* playlists = menu->actions().at(7)->menu();
+        QMenu* tracks = menu->actions().at(8)->menu();
+        QCOMPARE(titles(playlists), (QStringList{"Untitled", "Three ✓", "Two"}));
+        emit menu->aboutToShow();
+        QCOMPARE(titles(tracks), (QStringList{"Tone 1 ✓", "Tone 2", "Tone 3"}));
+        // A track while stopped only moves the index; while playing it plays.
+        QStringList printed = printedBy([&] { tracks->actions().at(2)->trigger(); });
+        QVERIFY(!m_rig->player.isPlaying());
+        QTRY_COMPARE(titles(tracks), (QStringList{"Tone 1", "Tone 2", "Tone 3 ✓"}));
+        m_rig->transport.playPauseCommand();
+        printed += printedBy([&] { tracks->actions().at(1)->trigger(); });
+        QCOMPARE(m_rig->player.currentUrl(), QUrl::fromLocalFile(m_tones.at(1)));
+        // Another playlist stops the music and starts at its first track.
+        printed += printedBy([&] { playlists->actions().at(0)->trigger(); });
+        QCOMPARE(m_rig->config.currentTrackIndex(), 0);
+        QVERIFY(!m_rig->player.isPlaying());
+        QTRY_COMPARE(titles(playlists), (QStringList{"Untitled ✓", "Three", "Two"}));
+        QCOMPARE(printed, QStringList());
+    }
 
-    // A track while stopped only moves the index; while playing it plays.
-    QStringList printed = printedBy([&] { tracks->actions().at(2)->trigger(); });
-    QCOMPARE(m_config->currentTrackIndex(), 2);
-    QVERIFY(!m_player->isPlaying());
-    QTRY_COMPARE(titles(tracks), (QStringList{"Tone 1", "Tone 2", "Tone 3 ✓"}));
-    m_transport->playPauseCommand();
-    printed += printedBy([&] { tracks->actions().at(1)->trigger(); });
-    QCOMPARE(m_player->currentUrl(), QUrl::fromLocalFile(m_tones.at(1)));
-    QVERIFY(m_player->isPlaying());
-
-    // Another playlist stops the music and starts at its first track.
-    printed += printedBy([&] { playlists->actions().at(0)->trigger(); });
-    QCOMPARE(m_config->currentPlaylistIndex(), 0);
-    QCOMPARE(m_config->currentTrackIndex(), 0);
-    QVERIFY(!m_player->isPlaying());
-    QTRY_COMPARE(titles(playlists), (QStringList{"Untitled ✓", "Three"}));
-    QCOMPARE(printed, QStringList());
-}
-
-void CommandMenuTest::tracksSubmenuOnlyWhenThePlaylistReads()
-{
-    QMenu* menu = m_commands->menu();
-    QFile broken(m_config->playlistFileURL(m_three));
-    QVERIFY(broken.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    broken.write("{\"tracks\" : 3}");
-    broken.close();
-    const QStringList printed = printedBy([&] { emit menu->aboutToShow(); });
-    QCOMPARE(printed.size(), 1); // the reason it cannot be read
-    QVERIFY(!titles(menu).contains(QStringLiteral("Tracks")));
-    QVERIFY(titles(menu).contains(QStringLiteral("Playlists")));
-    m_config->writePlaylistTracks(m_three, {});
-    emit menu->aboutToShow();
-    QVERIFY(titles(menu).contains(QStringLiteral("Tracks")));
-}
+    void tracksSubmenuOnlyWhenThePlaylistReads()
+    {
+        QMenu* menu = m_commands->menu();
+        QFile broken(m_rig->config.playlistFileURL(m_rig->three));
+        QVERIFY(broken.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        broken.write("{\"tracks\" : 3}");
+        broken.close();
+        QCOMPARE(printedBy([&] { emit menu->aboutToShow(); }).size(), 1); // the reason it cannot be read
+        QCOMPARE(titles(menu).mid(7, 2), (QStringList{"Playlists", ""}));
+        m_rig->config.writePlaylistTracks(m_rig->three, {});
+        emit menu->aboutToShow();
+        QCOMPARE(titles(menu).mid(7, 2), (QStringList{"Playlists", "Tracks"}));
+    }
+};
 
 PLINK_TEST_MAIN_WITH(QApplication, CommandMenuTest)
 #include "test_commandmenu.moc"
