@@ -5,6 +5,7 @@
 #include <QSaveFile>
 
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 namespace {
@@ -31,12 +32,30 @@ QString makeFolder(const QString& path)
 
 QString writeFilePlain(const QString& path, const QByteArray& bytes)
 {
+    // A plain write replaces the file in place, so a write that cannot finish
+    // (a full disk) would leave it cut off: what was there is put back then.
+    const QFileInfo before(path);
+    const bool nothingThere = !before.exists() && !before.isSymLink();
+    std::optional<QByteArray> previous;
+    if (before.isFile()) {
+        QFile old(path);
+        if (old.open(QIODevice::ReadOnly))
+            previous = old.readAll();
+    }
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return QStringLiteral("Could not write %1: %2").arg(quoted(path), file.errorString());
-    if (file.write(bytes) != bytes.size() || !file.flush())
-        return QStringLiteral("Could not write %1: %2").arg(quoted(path), file.errorString());
-    return {};
+    if (file.write(bytes) == bytes.size() && file.flush())
+        return {};
+    const QString error = QStringLiteral("Could not write %1: %2").arg(quoted(path), file.errorString());
+    file.close();
+    if (previous) {
+        if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            file.write(*previous);
+    } else if (nothingThere) {
+        file.remove();
+    }
+    return error;
 }
 
 QString writeFileAtomic(const QString& path, const QByteArray& bytes)
