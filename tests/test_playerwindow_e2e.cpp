@@ -10,29 +10,7 @@
 
 using AudioFixtures::MonitorRecorder;
 
-class PlayerWindowEndToEndTest : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void initTestCase();
-    void cleanup();
-    void playSoundsAndSpacePauses();
-    void draggedNearAnEdgeEndsFlush();
-    void superSizedStartsOneAndAHalfTimesLarger();
-
-private:
-    bool start();
-    void quit();
-    QRect windowGeometry();
-    static QString xdotool(const QStringList& arguments);
-
-    QTemporaryDir m_toneFolder;
-    QProcess m_program;
-    QString m_window;
-};
-
-QString PlayerWindowEndToEndTest::xdotool(const QStringList& arguments)
+static QString xdotool(const QStringList& arguments)
 {
     QProcess tool;
     tool.start(QStringLiteral("xdotool"), arguments);
@@ -40,130 +18,126 @@ QString PlayerWindowEndToEndTest::xdotool(const QStringList& arguments)
     return QString::fromLocal8Bit(tool.readAllStandardOutput()).trimmed();
 }
 
-void PlayerWindowEndToEndTest::initTestCase()
+class PlayerWindowEndToEndTest : public QObject
 {
-    if (MonitorRecorder::source().isEmpty() || qEnvironmentVariableIsEmpty("DISPLAY"))
-        QSKIP("needs the test desktop (scripts/testenv)");
-    const QStringList tones = PlayerFixture::makeTones(m_toneFolder.path(), 2, 30);
-    QCOMPARE(tones.size(), 2);
-    // A first start of the store makes the files; then a playlist of tones
-    // becomes the current one.
-    Config config;
-    PlayerFixture::addPlaylist(config, QStringLiteral("Tones"), tones);
-    // The catalogue is saved in name order, "Tones" before "Untitled", and
-    // read back in that order: the tones are the first playlist next time.
-    config.setLastSelectedPlaylistID(0);
-    config.saveSettings();
-}
+    Q_OBJECT
 
-bool PlayerWindowEndToEndTest::start()
-{
-    m_program.setProcessChannelMode(QProcess::ForwardedChannels);
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove(QStringLiteral("QT_QPA_PLATFORM")); // the real X server, whatever this test uses
-    m_program.setProcessEnvironment(environment);
-    m_program.start(QStringLiteral(PLINK_EXECUTABLE), {});
-    if (!m_program.waitForStarted())
-        return false;
-    // Mapped and placed; then a moment for the set-up after show.
-    QElapsedTimer waited;
-    waited.start();
-    while (waited.elapsed() < 10000) {
-        m_window = xdotool({"search", "--onlyvisible", "--pid", QString::number(m_program.processId())})
-                       .section(QLatin1Char('\n'), 0, 0);
-        if (!m_window.isEmpty() && windowGeometry().width() > 0)
-            break;
-        QTest::qWait(100);
+    QTemporaryDir m_toneFolder;
+    QProcess m_program;
+    QString m_window;
+
+    bool start()
+    {
+        m_program.setProcessChannelMode(QProcess::ForwardedChannels);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove(QStringLiteral("QT_QPA_PLATFORM")); // the real X server, whatever this test uses
+        m_program.setProcessEnvironment(environment);
+        m_program.start(QStringLiteral(PLINK_EXECUTABLE), {});
+        if (!m_program.waitForStarted())
+            return false;
+        QElapsedTimer waited;
+        waited.start();
+        while (waited.elapsed() < 10000) {
+            m_window = xdotool({"search", "--onlyvisible", "--pid", QString::number(m_program.processId())})
+                           .section(QLatin1Char('\n'), 0, 0);
+            if (!m_window.isEmpty() && windowGeometry().width() > 0)
+                break;
+            QTest::qWait(100);
+        }
+        QTest::qWait(300); // the set-up after show
+        return !m_window.isEmpty();
     }
-    QTest::qWait(300);
-    return !m_window.isEmpty();
-}
-
-void PlayerWindowEndToEndTest::quit()
-{
-    xdotool({"windowactivate", "--sync", m_window});
-    xdotool({"key", "ctrl+q"});
-    if (!m_program.waitForFinished(5000)) {
-        m_program.kill();
-        m_program.waitForFinished();
-        QFAIL("Ctrl+Q did not end the program");
+    void quit()
+    {
+        xdotool({"windowactivate", "--sync", m_window});
+        xdotool({"key", "ctrl+q"});
+        QVERIFY2(m_program.waitForFinished(5000), "Ctrl+Q did not end the program");
     }
-}
-
-void PlayerWindowEndToEndTest::cleanup()
-{
-    if (m_program.state() != QProcess::NotRunning) {
-        m_program.kill();
-        m_program.waitForFinished();
+    QRect windowGeometry()
+    {
+        QHash<QString, int> values;
+        for (const QString& line : xdotool({"getwindowgeometry", "--shell", m_window}).split(QLatin1Char('\n')))
+            values.insert(line.section(QLatin1Char('='), 0, 0), line.section(QLatin1Char('='), 1).toInt());
+        return QRect(values.value("X"), values.value("Y"), values.value("WIDTH"), values.value("HEIGHT"));
     }
-}
 
-QRect PlayerWindowEndToEndTest::windowGeometry()
-{
-    const QStringList lines = xdotool({"getwindowgeometry", "--shell", m_window}).split(QLatin1Char('\n'));
-    QHash<QString, int> values;
-    for (const QString& line : lines)
-        values.insert(line.section(QLatin1Char('='), 0, 0), line.section(QLatin1Char('='), 1).toInt());
-    return QRect(values.value("X"), values.value("Y"), values.value("WIDTH"), values.value("HEIGHT"));
-}
-
-void PlayerWindowEndToEndTest::playSoundsAndSpacePauses()
-{
-    QVERIFY(start());
-    MonitorRecorder ear;
-    QVERIFY(ear.start());
-    QTest::qWait(1500); // the monitor needs a moment before data flows
-    const double clicked = ear.seconds();
-    // The play button of the default layout, centred at (192, 34).
-    xdotool({"mousemove", "--window", m_window, "192", "34", "click", "1"});
-    QTest::qWait(2500);
-    QVERIFY2(ear.level(clicked + 1, clicked + 2.5) > 0.05, "no sound after clicking play");
-    xdotool({"windowactivate", "--sync", m_window});
-    const double paused = ear.seconds();
-    xdotool({"key", "space"});
-    QTest::qWait(2500);
-    QVERIFY2(ear.level(paused + 1, paused + 2.5) < 0.01, "still sounding after Space");
-    quit();
-}
-
-void PlayerWindowEndToEndTest::draggedNearAnEdgeEndsFlush()
-{
-    QVERIFY(start());
-    const QRect before = windowGeometry();
-    // Grab the background (the text area, no control) and pull the window to
-    // 6 points from the left edge and 7 from the top.
-    const QPoint grab(120, 90);
-    xdotool({"mousemove", "--window", m_window, QString::number(grab.x()), QString::number(grab.y())});
-    xdotool({"mousedown", "1"});
-    for (int step = 1; step <= 10; ++step) {
-        const QPoint at = before.topLeft() + grab + (QPoint(6, 7) - before.topLeft()) * step / 10;
-        xdotool({"mousemove", QString::number(at.x()), QString::number(at.y())});
-        QTest::qWait(30);
+private slots:
+    void initTestCase()
+    {
+        if (MonitorRecorder::source().isEmpty() || qEnvironmentVariableIsEmpty("DISPLAY"))
+            QSKIP("needs the test desktop (scripts/testenv)");
+        const QStringList tones = PlayerFixture::makeTones(m_toneFolder.path(), 2, 30);
+        QCOMPARE(tones.size(), 2);
+        // The catalogue is saved in name order, "Tones" before "Untitled": the
+        // tones are the first playlist at the next start.
+        Config config;
+        PlayerFixture::addPlaylist(config, QStringLiteral("Tones"), tones);
+        config.setLastSelectedPlaylistID(0);
+        config.saveSettings();
     }
-    xdotool({"mouseup", "1"});
-    QTRY_COMPARE(windowGeometry().topLeft(), QPoint(0, 0));
-    quit();
-}
+    void cleanup()
+    {
+        if (m_program.state() != QProcess::NotRunning) {
+            m_program.kill();
+            m_program.waitForFinished();
+        }
+    }
 
-void PlayerWindowEndToEndTest::superSizedStartsOneAndAHalfTimesLarger()
-{
-    QVERIFY(start());
-    QCOMPARE(windowGeometry().size(), QSize(269, 96));
-    quit();
-    const QString settingsPath = TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json");
-    QFile settings(settingsPath);
-    QVERIFY(settings.open(QIODevice::ReadOnly));
-    QByteArray text = settings.readAll();
-    settings.close();
-    QVERIFY(text.contains("\"superSized\" : false"));
-    text.replace("\"superSized\" : false", "\"superSized\" : true");
-    QVERIFY(settings.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    settings.write(text);
-    settings.close();
-    QVERIFY(start());
-    QCOMPARE(windowGeometry().size(), QSize(404, 144));
-    quit();
-}
+    void playSoundsAndSpacePauses()
+    {
+        QVERIFY(start());
+        MonitorRecorder ear;
+        QVERIFY(ear.start());
+        QTest::qWait(1500); // the monitor needs a moment before data flows
+        const double clicked = ear.seconds();
+        xdotool({"mousemove", "--window", m_window, "192", "34", "click", "1"}); // the play button's centre
+        QTest::qWait(2500);
+        QVERIFY2(ear.level(clicked + 1, clicked + 2.5) > 0.05, "no sound after clicking play");
+        xdotool({"windowactivate", "--sync", m_window});
+        const double paused = ear.seconds();
+        xdotool({"key", "space"});
+        QTest::qWait(2500);
+        QVERIFY2(ear.level(paused + 1, paused + 2.5) < 0.01, "still sounding after Space");
+        quit();
+    }
+
+    void draggedNearAnEdgeEndsFlush()
+    {
+        QVERIFY(start());
+        const QRect before = windowGeometry();
+        // Pull the window by its background to 6 points from the left and 7 from the top.
+        const QPoint grab(120, 90);
+        xdotool({"mousemove", "--window", m_window, QString::number(grab.x()), QString::number(grab.y())});
+        xdotool({"mousedown", "1"});
+        for (int step = 1; step <= 10; ++step) {
+            const QPoint at = before.topLeft() + grab + (QPoint(6, 7) - before.topLeft()) * step / 10;
+            xdotool({"mousemove", QString::number(at.x()), QString::number(at.y())});
+            QTest::qWait(30);
+        }
+        xdotool({"mouseup", "1"});
+        QTRY_COMPARE(windowGeometry().topLeft(), QPoint(0, 0));
+        quit();
+    }
+
+    void superSizedStartsOneAndAHalfTimesLarger()
+    {
+        QVERIFY(start());
+        QCOMPARE(windowGeometry().size(), QSize(269, 96));
+        quit();
+        QFile settings(TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json"));
+        QVERIFY(settings.open(QIODevice::ReadWrite));
+        QByteArray text = settings.readAll();
+        QVERIFY(text.contains("\"superSized\" : false"));
+        text.replace("\"superSized\" : false", "\"superSized\" : true");
+        settings.seek(0);
+        settings.write(text);
+        settings.resize(text.size());
+        settings.close();
+        QVERIFY(start());
+        QCOMPARE(windowGeometry().size(), QSize(404, 144));
+        quit();
+    }
+};
 
 PLINK_TEST_MAIN_WITH(QApplication, PlayerWindowEndToEndTest)
 #include "test_playerwindow_e2e.moc"
