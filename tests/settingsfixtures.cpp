@@ -1,8 +1,9 @@
 #include "settingsfixtures.h"
 
+#include "support/testenvironment.h"
+
 #include <QFile>
 #include <QProcess>
-#include <QStringList>
 
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -12,30 +13,49 @@ namespace SettingsFixtures {
 bool makeMp3(const QString& path, const QString& title, const QString& artist)
 {
     QStringList arguments{"-v", "error", "-y", "-f", "lavfi", "-i", "anullsrc=r=8000:cl=mono", "-t", "0.1"};
-    if (!title.isEmpty())
-        arguments << "-metadata" << QStringLiteral("title=") + title;
-    if (!artist.isEmpty())
-        arguments << "-metadata" << QStringLiteral("artist=") + artist;
     if (title.isEmpty() && artist.isEmpty())
         arguments << "-write_id3v1" << "0" << "-id3v2_version" << "0";
     else
-        arguments << "-id3v2_version" << "3";
+        arguments << "-metadata" << "title=" + title << "-metadata" << "artist=" + artist << "-id3v2_version" << "3";
     arguments << "-codec:a" << "libmp3lame" << path;
     QProcess ffmpeg;
     ffmpeg.start(QStringLiteral("ffmpeg"), arguments);
-    if (!ffmpeg.waitForFinished(30000) || ffmpeg.exitStatus() != QProcess::NormalExit || ffmpeg.exitCode() != 0) {
-        qWarning("ffmpeg could not make %s: %s", qPrintable(path), ffmpeg.readAllStandardError().constData());
-        return false;
-    }
-    return true;
+    if (ffmpeg.waitForFinished(30000) && ffmpeg.exitStatus() == QProcess::NormalExit && ffmpeg.exitCode() == 0)
+        return true;
+    qWarning("ffmpeg could not make %s: %s", qPrintable(path), ffmpeg.readAllStandardError().constData());
+    return false;
+}
+
+Track track(const QString& name)
+{
+    return Track::make("file:///music/" + name + ".mp3", name, QStringLiteral("Band"));
+}
+
+QStringList names(const QList<Track>& tracks)
+{
+    QStringList result;
+    for (const Track& entry : tracks)
+        result.append(entry.trackName);
+    return result;
+}
+
+QString settingsPath()
+{
+    return TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json");
+}
+
+SettingsData storedSettings()
+{
+    QFile file(settingsPath());
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return settingsDataFromJson(file.readAll()).value.value_or(SettingsData{});
 }
 
 FileWrites::FileWrites(const QString& folder)
+    : m_fd(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
 {
-    m_fd = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    if (m_fd >= 0)
-        m_watch = inotify_add_watch(m_fd, QFile::encodeName(folder).constData(), IN_CLOSE_WRITE | IN_MOVED_TO);
-    if (m_watch < 0)
+    if (m_fd < 0 || inotify_add_watch(m_fd, QFile::encodeName(folder).constData(), IN_CLOSE_WRITE | IN_MOVED_TO) < 0)
         qWarning("cannot watch %s", qPrintable(folder));
 }
 
@@ -45,13 +65,11 @@ FileWrites::~FileWrites()
         close(m_fd);
 }
 
-void FileWrites::drain()
+int FileWrites::count(const QString& fileName)
 {
     alignas(inotify_event) char buffer[16384];
-    for (;;) {
-        const ssize_t size = read(m_fd, buffer, sizeof buffer);
-        if (size <= 0)
-            return;
+    ssize_t size = 0;
+    while (m_fd >= 0 && (size = read(m_fd, buffer, sizeof buffer)) > 0) {
         for (ssize_t at = 0; at < size;) {
             const auto* event = reinterpret_cast<const inotify_event*>(buffer + at);
             if (event->len > 0)
@@ -59,18 +77,7 @@ void FileWrites::drain()
             at += ssize_t(sizeof(inotify_event)) + event->len;
         }
     }
-}
-
-int FileWrites::count(const QString& fileName)
-{
-    drain();
     return m_counts.value(fileName);
-}
-
-void FileWrites::reset()
-{
-    drain();
-    m_counts.clear();
 }
 
 } // namespace SettingsFixtures

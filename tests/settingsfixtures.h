@@ -1,18 +1,24 @@
 #pragma once
 
+#include "store/records.h"
+
 #include <QHash>
 #include <QString>
 
-// Fixtures shared by the playlist editor's tests and benchmark.
+// Fixtures shared by the settings window's tests and the playlist benchmark.
 namespace SettingsFixtures {
 
 // A tenth of a second of silence as an MP3 made with ffmpeg; title and artist
 // go into an ID3v2.3 tag, and without either the file has no tag at all.
 bool makeMp3(const QString& path, const QString& title = {}, const QString& artist = {});
 
-// Counts the completed writes of the files in one folder as the kernel
-// reports them (inotify): a plain write when the file is closed, an atomic
-// one when its temporary file is renamed into place.
+Track track(const QString& name); // by "Band", at file:///music/<name>.mp3
+QStringList names(const QList<Track>& tracks);
+QString settingsPath();
+SettingsData storedSettings(); // as last written; empty when there is no file
+
+// Counts the completed writes of the files in one folder as inotify reports
+// them: a plain write when the file is closed, an atomic one when renamed in.
 class FileWrites
 {
 public:
@@ -20,17 +26,10 @@ public:
     ~FileWrites();
     FileWrites(const FileWrites&) = delete;
     FileWrites& operator=(const FileWrites&) = delete;
-
-    bool isWatching() const { return m_watch >= 0; }
-    // Writes of fileName since the watch began (or since the last reset).
-    int count(const QString& fileName);
-    void reset();
+    int count(const QString& fileName); // since the watch began
 
 private:
-    void drain();
-
     int m_fd = -1;
-    int m_watch = -1;
     QHash<QString, int> m_counts;
 };
 

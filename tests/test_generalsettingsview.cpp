@@ -1,9 +1,10 @@
 #include "settings/generalsettingsview.h"
 #include "settings/settingsview.h"
+#include "settingsfixtures.h"
 #include "store/config.h"
+#include "support/testenvironment.h"
 #include "themes/defaultlayouts.h"
 #include "themes/themedata.h"
-#include "support/testenvironment.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -13,54 +14,30 @@
 #include <QSignalSpy>
 #include <QTabWidget>
 
+using SettingsFixtures::settingsPath;
+using SettingsFixtures::storedSettings;
+
 namespace {
 
-QString settingsPath()
-{
-    return TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json");
-}
+const struct {
+    const char* name;
+    const char* label;
+    bool SettingsData::*stored;
+    void (Config::*set)(const bool&);
+} switches[] = {
+    {"playSoundsSwitch", "Play sounds", &SettingsData::playsSounds, &Config::setPlaysSounds},
+    {"largeSizedSwitch", "Large-sized", &SettingsData::superSized, &Config::setSuperSized},
+    {"floatingWindowSwitch", "Floating window", &SettingsData::isFloating, &Config::setIsFloating},
+    {"loopTracksSwitch", "Loop tracks", &SettingsData::loopTracks, &Config::setLoopTracks},
+    {"shuffleTracksSwitch", "Shuffle tracks", &SettingsData::shuffleTracks, &Config::setShuffleTracks},
+};
 
-// The settings file as last written; removing it first makes each later
-// write visible on its own.
-SettingsData storedSettings()
-{
-    QFile file(settingsPath());
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return settingsDataFromJson(file.readAll()).value.value_or(SettingsData{});
-}
-
-bool settingsWritten()
-{
-    return QFile::exists(settingsPath());
-}
-
-void forgetSettingsFile()
-{
-    QFile::remove(settingsPath());
-}
-
-// Picks an entry the way a user does: open the list, move to the entry,
-// press Return. Choosing the entry that is already current is possible too.
+// As a user picks: open the list, move to the entry, press Return.
 void chooseEntry(QComboBox* picker, int row)
 {
     picker->showPopup();
-    QAbstractItemView* list = picker->view();
-    list->setCurrentIndex(list->model()->index(row, 0));
-    QTest::keyClick(list, Qt::Key_Return);
-}
-
-bool storedSwitch(const SettingsData& data, const QString& name)
-{
-    if (name == QLatin1String("playSoundsSwitch"))
-        return data.playsSounds;
-    if (name == QLatin1String("largeSizedSwitch"))
-        return data.superSized;
-    if (name == QLatin1String("floatingWindowSwitch"))
-        return data.isFloating;
-    if (name == QLatin1String("loopTracksSwitch"))
-        return data.loopTracks;
-    return data.shuffleTracks;
+    picker->view()->setCurrentIndex(picker->view()->model()->index(row, 0));
+    QTest::keyClick(picker->view(), Qt::Key_Return);
 }
 
 } // namespace
@@ -72,103 +49,78 @@ class GeneralSettingsViewTest : public QObject
 private slots:
     void init() { TestEnvironment::wipeHome(); }
 
-    void settingsWindowHasBothTabsWithIcons();
-    void switchesSaveEachUserChange_data();
-    void switchesSaveEachUserChange();
-    void switchesFollowTheStoreWithoutSaving();
-    void choosingAThemeSavesThenLoadsItsLayout();
-    void choosingTheCurrentThemeTriggersNothing();
-    void unknownThemeLeavesThePickerEmpty();
+    void windowHasGeneralAndPlaylistsTabs();
+    void switchesSaveEachClickAndOnlyMirrorTheStore_data();
+    void switchesSaveEachClickAndOnlyMirrorTheStore();
+    void themeChoiceSavesThenLoadsUnlessAlreadyCurrent();
 };
 
-void GeneralSettingsViewTest::settingsWindowHasBothTabsWithIcons()
+void GeneralSettingsViewTest::windowHasGeneralAndPlaylistsTabs()
 {
     Config config;
     SettingsView window(config);
-    QVERIFY(window.isWindow());
     QCOMPARE(window.size(), QSize(640, 640));
     auto* tabs = window.findChild<QTabWidget*>();
-    QVERIFY(tabs);
     QCOMPARE(tabs->count(), 2);
     QCOMPARE(tabs->tabText(0), QStringLiteral("General"));
     QCOMPARE(tabs->tabText(1), QStringLiteral("Playlists"));
-    // Whatever the desktop's icon theme holds, each tab shows some picture.
-    for (int tab = 0; tab < tabs->count(); ++tab)
-        QVERIFY(!tabs->tabIcon(tab).pixmap(16, 16).isNull());
+    QVERIFY(!tabs->tabIcon(0).pixmap(16).isNull() && !tabs->tabIcon(1).pixmap(16).isNull());
 }
 
-void GeneralSettingsViewTest::switchesSaveEachUserChange_data()
+void GeneralSettingsViewTest::switchesSaveEachClickAndOnlyMirrorTheStore_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("label");
-    QTest::newRow("sounds") << "playSoundsSwitch" << "Play sounds";
-    QTest::newRow("large") << "largeSizedSwitch" << "Large-sized";
-    QTest::newRow("floating") << "floatingWindowSwitch" << "Floating window";
-    QTest::newRow("loop") << "loopTracksSwitch" << "Loop tracks";
-    QTest::newRow("shuffle") << "shuffleTracksSwitch" << "Shuffle tracks";
+    QTest::addColumn<int>("row");
+    for (int row = 0; row < int(std::size(switches)); ++row)
+        QTest::newRow(switches[row].name) << row;
 }
 
-void GeneralSettingsViewTest::switchesSaveEachUserChange()
+void GeneralSettingsViewTest::switchesSaveEachClickAndOnlyMirrorTheStore()
 {
-    QFETCH(QString, name);
-    QFETCH(QString, label);
+    QFETCH(int, row);
+    const auto& entry = switches[row];
     Config config;
-    const bool initial = storedSwitch(storedSettings(), name);
-    forgetSettingsFile();
-
+    const bool initial = storedSettings().*entry.stored;
+    QFile::remove(settingsPath());
     GeneralSettingsView view(config);
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
-    auto* box = view.findChild<QCheckBox*>(name);
-    QVERIFY(box);
-    QCOMPARE(box->text(), label);
+    auto* box = view.findChild<QCheckBox*>(entry.name);
+    QCOMPARE(box->text(), QString(entry.label));
     QCOMPARE(box->isChecked(), initial);
-    QVERIFY2(!settingsWritten(), "showing the view saves nothing");
+    QVERIFY2(!QFile::exists(settingsPath()), "showing the view saves nothing");
 
-    QTest::mouseClick(box, Qt::LeftButton, {}, box->rect().center());
+    // Toggled twice by the user: each toggle is written.
+    for (const bool expected : {!initial, initial}) {
+        QFile::remove(settingsPath());
+        QTest::mouseClick(box, Qt::LeftButton, {}, box->rect().center());
+        QVERIFY(QFile::exists(settingsPath()));
+        QCOMPARE(storedSettings().*entry.stored, expected);
+    }
+
+    // Changed in the store, as the "Player" menu does (and saves itself).
+    QFile::remove(settingsPath());
+    (config.*entry.set)(!initial);
     QCOMPARE(box->isChecked(), !initial);
-    QVERIFY(settingsWritten());
-    QCOMPARE(storedSwitch(storedSettings(), name), !initial);
-
-    forgetSettingsFile();
-    box->setFocus();
-    QTest::keyClick(box, Qt::Key_Space);
-    QVERIFY2(settingsWritten(), "the second toggle writes again");
-    QCOMPARE(storedSwitch(storedSettings(), name), initial);
-    QCOMPARE(box->isChecked(), initial);
+    QVERIFY(!QFile::exists(settingsPath()));
 }
 
-void GeneralSettingsViewTest::switchesFollowTheStoreWithoutSaving()
-{
-    Config config;
-    GeneralSettingsView view(config);
-    auto* loop = view.findChild<QCheckBox*>(QStringLiteral("loopTracksSwitch"));
-    auto* shuffle = view.findChild<QCheckBox*>(QStringLiteral("shuffleTracksSwitch"));
-    auto* large = view.findChild<QCheckBox*>(QStringLiteral("largeSizedSwitch"));
-    forgetSettingsFile();
-
-    // As the "Player" menu does: the store changes, the menu saves on its own.
-    config.setLoopTracks(!config.loopTracks());
-    config.setShuffleTracks(!config.shuffleTracks());
-    config.setSuperSized(true);
-    QCOMPARE(loop->isChecked(), config.loopTracks());
-    QCOMPARE(shuffle->isChecked(), config.shuffleTracks());
-    QVERIFY(large->isChecked());
-    QVERIFY2(!settingsWritten(), "mirroring the store must not save");
-}
-
-void GeneralSettingsViewTest::choosingAThemeSavesThenLoadsItsLayout()
+void GeneralSettingsViewTest::themeChoiceSavesThenLoadsUnlessAlreadyCurrent()
 {
     Config config;
     GeneralSettingsView view(config);
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
-    auto* picker = view.findChild<QComboBox*>(QStringLiteral("themePicker"));
-    QVERIFY(picker);
+    auto* picker = view.findChild<QComboBox*>("themePicker");
     QCOMPARE(picker->count(), config.availableThemes().size());
-    for (int row = 0; row < picker->count(); ++row)
-        QCOMPARE(picker->itemText(row), config.availableThemes().at(row));
     QCOMPARE(picker->currentText(), config.currentTheme());
+
+    QFile::remove(settingsPath());
+    QSignalSpy changes(&config, &Config::changed);
+    QSignalSpy activations(picker, &QComboBox::activated);
+    chooseEntry(picker, picker->currentIndex());
+    QCOMPARE(activations.count(), 1);
+    QCOMPARE(changes.count(), 0);
+    QVERIFY(!QFile::exists(settingsPath()));
 
     // When the new layout arrives, the settings file must already name its theme.
     QString savedWhenLayoutArrived;
@@ -178,44 +130,13 @@ void GeneralSettingsViewTest::choosingAThemeSavesThenLoadsItsLayout()
     });
     const QString chosen = QStringLiteral("max-graphite");
     chooseEntry(picker, int(config.availableThemes().indexOf(chosen)));
-
-    QCOMPARE(config.currentTheme(), chosen);
-    QCOMPARE(storedSettings().currentTheme, chosen);
     QCOMPARE(savedWhenLayoutArrived, chosen);
     QCOMPARE(config.geometry(), familyLayout(ThemeFamily::max));
     QCOMPARE(picker->currentText(), chosen);
-}
 
-void GeneralSettingsViewTest::choosingTheCurrentThemeTriggersNothing()
-{
-    Config config;
-    GeneralSettingsView view(config);
-    view.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&view));
-    auto* picker = view.findChild<QComboBox*>(QStringLiteral("themePicker"));
-    forgetSettingsFile();
-    QSignalSpy changes(&config, &Config::changed);
-    QSignalSpy activations(picker, &QComboBox::activated);
-
-    chooseEntry(picker, picker->currentIndex());
-
-    QCOMPARE(activations.count(), 1); // the choice did reach the view
-    QCOMPARE(changes.count(), 0);
-    QVERIFY(!settingsWritten());
-}
-
-void GeneralSettingsViewTest::unknownThemeLeavesThePickerEmpty()
-{
-    Config config;
     config.setCurrentTheme(QStringLiteral("no-such-theme"));
-    GeneralSettingsView view(config);
-    auto* picker = view.findChild<QComboBox*>(QStringLiteral("themePicker"));
     QCOMPARE(picker->count(), config.availableThemes().size());
     QCOMPARE(picker->currentIndex(), -1);
-
-    // A theme known again is shown again.
-    config.setCurrentTheme(QStringLiteral("neo-lime"));
-    QCOMPARE(picker->currentText(), QStringLiteral("neo-lime"));
 }
 
 PLINK_TEST_MAIN_WITH(QApplication, GeneralSettingsViewTest)
