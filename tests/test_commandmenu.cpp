@@ -79,14 +79,20 @@ private slots:
         QApplication::setActiveWindow(target);
         QVERIFY(QTest::qWaitForWindowActive(target));
 
+        QTest::keyClick(target, Qt::Key_Equal, Qt::ControlModifier);
+        QVERIFY(!m_rig->player.player()); // no open file: no volume to step
         QTest::keyClick(target, Qt::Key_Space);
         QCOMPARE(m_rig->player.currentUrl(), QUrl::fromLocalFile(m_tones.at(0)));
-        m_rig->player.setVolume(0.5f);
+        // Steps of a tenth, held within 0 … 1.
+        m_rig->player.setVolume(0.85f);
         QTest::keyClick(target, Qt::Key_Equal, Qt::ControlModifier);
         QTest::keyClick(target, Qt::Key_Plus, Qt::ControlModifier);
-        QVERIFY(qAbs(m_rig->player.volume() - 0.7f) < 1e-4f);
+        QCOMPARE(m_rig->player.volume(), 1.0f);
         QTest::keyClick(target, Qt::Key_Minus, Qt::ControlModifier);
-        QVERIFY(qAbs(m_rig->player.volume() - 0.6f) < 1e-4f);
+        QVERIFY(qAbs(m_rig->player.volume() - 0.9f) < 1e-4f);
+        m_rig->player.setVolume(0.05f);
+        QTest::keyClick(target, Qt::Key_Minus, Qt::ControlModifier);
+        QCOMPARE(m_rig->player.volume(), 0.0f);
         // Loop and shuffle toggle and are saved at once.
         QTest::keyClick(target, Qt::Key_L, Qt::ControlModifier);
         QTest::keyClick(target, Qt::Key_S, Qt::ControlModifier);

@@ -202,10 +202,13 @@ private slots:
         QCOMPARE(config().currentPlaylistIndex(), 2);
         QMenu* tracks = open(Element::trackMenu, {"Tone 1 ✓", "Tone 2", "Edit playlists"});
         QVERIFY(tracks);
+        QCOMPARE(printedBy([&] { tracks->actions().at(1)->trigger(); }),
+                 QStringList{QStringLiteral("Error: Sound file pop.m4a not found.")});
+        QCOMPARE(player().currentUrl(), QUrl::fromLocalFile(m_tones.at(1)));
+        player().seek(0.5); // the current track chosen again starts again
         tracks->actions().at(1)->trigger();
         tracks->close();
-        QCOMPARE(config().currentTrackIndex(), 1);
-        QVERIFY(player().isPlaying());
+        QVERIFY(player().isPlaying() && player().progress() < 0.5);
         config().setCurrentPlaylistIndex(0);
         tracks = open(Element::trackMenu, {"Edit playlists"});
         QVERIFY(tracks);

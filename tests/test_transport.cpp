@@ -151,57 +151,6 @@ private slots:
         QCOMPARE(QFile::exists(config().settingsFileURL()), changes);
     }
 
-    void choosingATrack_data()
-    {
-        QTest::addColumn<bool>("fromSkin");
-        QTest::addColumn<bool>("playing");
-        QTest::addColumn<int>("chosen");
-        QTest::newRow("skin, stopped: plays") << true << false << 2;
-        QTest::newRow("skin, the current one restarts") << true << true << 0;
-        QTest::newRow("command, stopped: only moves") << false << false << 2;
-        QTest::newRow("command, playing") << false << true << 2;
-    }
-    void choosingATrack()
-    {
-        QFETCH(bool, fromSkin);
-        QFETCH(bool, playing);
-        QFETCH(int, chosen);
-        if (playing) {
-            transport().playPausePressed();
-            player().seek(0.5);
-        }
-        QCOMPARE(printedBy([&] {
-                     fromSkin ? transport().selectTrackFromSkin(chosen) : transport().selectTrackCommand(chosen);
-                 }),
-                 fromSkin ? sound("pop") : QStringList());
-        QCOMPARE(config().currentTrackIndex(), chosen);
-        checkPlaying(fromSkin || playing, chosen);
-        if (player().isPlaying())
-            QVERIFY(player().progress() < 0.5); // from the start
-    }
-
-    void volumeStepsAreClamped_data()
-    {
-        QTest::addColumn<float>("from");
-        QTest::addColumn<bool>("up");
-        QTest::addColumn<float>("to");
-        QTest::newRow("up") << 0.5f << true << 0.6f;
-        QTest::newRow("up to the top") << 0.95f << true << 1.0f;
-        QTest::newRow("down to the bottom") << 0.05f << false << 0.0f;
-    }
-    void volumeStepsAreClamped()
-    {
-        QFETCH(float, from);
-        QFETCH(bool, up);
-        QFETCH(float, to);
-        transport().volumeUp(); // no open file: nothing to step
-        QVERIFY(!player().player());
-        transport().playPausePressed();
-        player().setVolume(from);
-        up ? transport().volumeUp() : transport().volumeDown();
-        QVERIFY(qAbs(player().volume() - to) < 1e-4f);
-    }
-
     void indexesFromFilesAreBroughtIntoRange()
     {
         config().setCurrentPlaylistIndex(9);
