@@ -1,8 +1,7 @@
 #pragma once
 
-// What the player's tests share: tones on disk, playlists of them, the
-// player's parts over such playlists, and a theme whose pictures are solid
-// colours, so that one pixel tells which picture was drawn where.
+// What the player's tests share: tones, playlists of them, the player's
+// parts, and a theme of solid colours (one pixel tells which picture is where).
 
 #include "playback/audioplayer.h"
 #include "playback/mediabackend.h"
@@ -94,9 +93,8 @@ inline void writeColouredTheme(Config& config)
     }
 }
 
-// The lines an action printed, without the test framework's own messages.
-// The capture ends before the caller checks anything, so that a failing
-// check's report is not swallowed.
+// The lines an action printed, without the test framework's own messages;
+// captured apart from the checks, so that a failing check's report shows.
 template <class Action>
 QStringList printedBy(Action action)
 {

@@ -245,12 +245,10 @@ private slots:
             QAccessibleInterface* button = find(QString::fromLatin1(name));
             QVERIFY2(button && button->role() == QAccessible::Button, name);
         }
-        QVERIFY(!find(QStringLiteral("Scrub bar")));
+        QVERIFY(!find(QStringLiteral("Scrub bar"))); // only while playing
         find(QStringLiteral("Play"))->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
         QTRY_VERIFY(player().isPlaying() && find(QStringLiteral("Pause")));
-        QAccessibleInterface* scrub = find(QStringLiteral("Scrub bar"));
-        QVERIFY(scrub && scrub->role() == QAccessible::Slider);
-        scrub->valueInterface()->setCurrentValue(500);
+        find(QStringLiteral("Scrub bar"))->valueInterface()->setCurrentValue(500);
         QCOMPARE(player().progress(), 0.5);
     }
 
