@@ -120,10 +120,10 @@ private slots:
         Tone tagged(0.5); // ffmpeg writes ID3v2.4 in UTF-8
         tagged.title = QStringLiteral("Song");
         tagged.artist = QStringLiteral("Band");
+        const QString first = fixture(QStringLiteral("song.mp3"));
         const QString second = toneWithId3(QStringLiteral("second.mp3"), {textFrame("TIT2", QStringLiteral("Two"))});
-        QVERIFY(makeTone(fixture(QStringLiteral("song.mp3")), tagged) && !second.isEmpty());
-        const QList<QUrl> urls{QUrl::fromLocalFile(fixture(QStringLiteral("missing.mp3"))),
-                               QUrl::fromLocalFile(fixture(QStringLiteral("song.mp3"))), QUrl::fromLocalFile(second)};
+        QVERIFY(makeTone(first, tagged) && !second.isEmpty());
+        const QList<QUrl> urls{QUrl(fixture(QStringLiteral("missing.mp3"))), QUrl::fromLocalFile(first), QUrl(second)};
         auto* gone = new QObject;
         bool goneCalled = false;
         readTrackTagsAsync(urls, gone, [&](const QList<TrackTags>&) { goneCalled = true; });
