@@ -24,11 +24,10 @@ class FileWrites
 public:
     explicit FileWrites(const QString& folder);
     ~FileWrites();
-    FileWrites(const FileWrites&) = delete;
-    FileWrites& operator=(const FileWrites&) = delete;
     int count(const QString& fileName); // since the watch began
 
 private:
+    Q_DISABLE_COPY(FileWrites)
     int m_fd = -1;
     QHash<QString, int> m_counts;
 };

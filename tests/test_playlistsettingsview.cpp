@@ -6,6 +6,7 @@
 #include "support/stdoutcapture.h"
 #include "support/testenvironment.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
@@ -13,10 +14,8 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMimeData>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTimer>
-#include <QToolButton>
 
 using namespace SettingsFixtures;
 
@@ -64,91 +63,70 @@ class PlaylistSettingsViewTest : public QObject
 private slots:
     void init() { TestEnvironment::wipeHome(); }
 
-    void editorFollowsThePlayerButPickingChangesOnlyTheEditor();
-    void playlistIsCreatedRenamedAndDeletedInTwoSteps();
+    void playlistsArePickedCreatedRenamedAndDeletedInTwoSteps();
     void filesAreAddedInOrderFromADropOrTheFileDialog();
     void rowsDraggedOverTheTableReorderAndSaveOnceThenTrash();
     void unreadablePlaylistShowsNoTracks();
 };
 
-void PlaylistSettingsViewTest::editorFollowsThePlayerButPickingChangesOnlyTheEditor()
+void PlaylistSettingsViewTest::playlistsArePickedCreatedRenamedAndDeletedInTwoSteps()
 {
     Config config;
     const QList<Playlist> catalogue
         = makeCatalogue(config, {"Road", "Home", "Work"}, {{track("r1")}, {track("h1"), track("h2")}, {track("w1")}});
     config.setCurrentPlaylistIndex(1);
     PlaylistSettingsView view(config);
-    auto* picker = view.findChild<QComboBox*>("playlistPicker");
-    auto* nameField = view.findChild<QLineEdit*>("playlistNameField");
-    QCOMPARE(picker->currentText(), QStringLiteral("Home"));
-    QCOMPARE(names(view.tracks()), (QStringList{"h1", "h2"}));
-
-    QFile::remove(settingsPath());
-    picker->setCurrentIndex(2);
-    QCOMPARE(names(view.tracks()), QStringList{"w1"});
-    QCOMPARE(nameField->text(), QStringLiteral("Work"));
-    QCOMPARE(config.currentPlaylistIndex(), 1);
-    QVERIFY(!QFile::exists(settingsPath()));
-
-    config.setCurrentPlaylistIndex(0);
-    QCOMPARE(names(view.tracks()), QStringList{"r1"});
-    // Deleted elsewhere: the player's playlist is shown, or the first one
-    // when the player's index is past the end.
-    config.setCurrentPlaylistIndex(2);
-    config.deletePlaylist(catalogue.at(2).id);
-    QCOMPARE(view.selectedPlaylistID(), catalogue.at(0).id);
-
-    config.setPlaylists({});
-    QVERIFY(!view.selectedPlaylistID());
-    QVERIFY(!view.findChild<QPushButton*>("addTracksButton")->isEnabled());
-    QVERIFY(!view.findChild<QPushButton*>("deletePlaylistButton")->isEnabled());
-    QVERIFY(!nameField->isEnabled());
-}
-
-void PlaylistSettingsViewTest::playlistIsCreatedRenamedAndDeletedInTwoSteps()
-{
-    Config config;
-    const Playlist first = config.playlists().value(0);
-    PlaylistSettingsView view(config);
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
-    QTest::mouseClick(view.findChild<QToolButton*>("newPlaylistButton"), Qt::LeftButton);
-    const Playlist created = config.playlists().value(1);
+    auto* picker = view.findChild<QComboBox*>("playlistPicker");
+    auto* nameField = view.findChild<QLineEdit*>("playlistNameField");
+    QCOMPARE(names(view.tracks()), (QStringList{"h1", "h2"}));
+
+    // Picking here leaves the player's playlist alone and saves nothing; the
+    // player choosing one brings the editor along.
+    QFile::remove(settingsPath());
+    picker->setCurrentIndex(2);
+    QCOMPARE(nameField->text(), QStringLiteral("Work"));
+    QCOMPARE(names(view.tracks()), QStringList{"w1"});
+    QCOMPARE(config.currentPlaylistIndex(), 1);
+    QVERIFY(!QFile::exists(settingsPath()));
+    config.setCurrentPlaylistIndex(0);
+    QCOMPARE(names(view.tracks()), QStringList{"r1"});
+
+    QTest::mouseClick(view.findChild<QAbstractButton*>("newPlaylistButton"), Qt::LeftButton);
+    const Playlist created = config.playlists().value(3);
     QCOMPARE(view.selectedPlaylistID(), created.id);
     QVERIFY(QFile::exists(playlistFile(created.id)));
-
-    // The default name is selected, ready to be typed over; Return commits it.
-    auto* nameField = view.findChild<QLineEdit*>("playlistNameField");
+    // Its default name is selected, ready to be typed over; Return commits it.
     QTest::keyClicks(nameField, QStringLiteral("Morning"));
     const Playlist renamed{created.id, QStringLiteral("Morning")};
     QVERIFY(!storedSettings().playlists.contains(renamed));
     QTest::keyClick(nameField, Qt::Key_Return);
     QVERIFY(storedSettings().playlists.contains(renamed));
-    QCOMPARE(view.findChild<QComboBox*>("playlistPicker")->currentText(), QStringLiteral("Morning"));
+    QCOMPARE(picker->currentText(), QStringLiteral("Morning"));
 
-    auto* button = view.findChild<QPushButton*>("deletePlaylistButton");
+    auto* button = view.findChild<QAbstractButton*>("deletePlaylistButton");
     QCOMPARE(button->text(), QStringLiteral("Delete playlist..."));
     button->click();
     QCOMPARE(button->text(), QStringLiteral("Are you sure?"));
-    QCOMPARE(config.playlists().size(), 2);
+    QCOMPARE(config.playlists().size(), 4);
     // Looking at another playlist withdraws the question.
-    view.selectPlaylist(first.id);
+    view.selectPlaylist(catalogue.at(0).id);
     view.selectPlaylist(created.id);
     QCOMPARE(button->text(), QStringLiteral("Delete playlist..."));
-
-    config.setCurrentPlaylistIndex(1);
+    config.setCurrentPlaylistIndex(3);
     button->click();
     button->click();
-    QCOMPARE(storedSettings().playlists, QList<Playlist>{first});
+    QCOMPARE(storedSettings().playlists.size(), 3);
     QVERIFY(!QFile::exists(playlistFile(created.id)));
     QCOMPARE(button->text(), QStringLiteral("Delete playlist..."));
-    QCOMPARE(config.currentPlaylistIndex(), 0); // brought back into range
+    // The player's index, now past the end, is brought back; the editor shows the first.
+    QCOMPARE(config.currentPlaylistIndex(), 0);
+    QCOMPARE(names(view.tracks()), QStringList{"r1"});
 
-    // The last playlist gives way to a fresh "Untitled" one, which is shown.
-    button->click();
-    button->click();
-    QCOMPARE(config.playlists().size(), 1);
-    QCOMPARE(view.findChild<QComboBox*>("playlistPicker")->currentText(), QStringLiteral("Untitled"));
+    config.setPlaylists({});
+    QVERIFY(!view.selectedPlaylistID());
+    QVERIFY(!view.findChild<QAbstractButton*>("addTracksButton")->isEnabled());
 }
 
 void PlaylistSettingsViewTest::filesAreAddedInOrderFromADropOrTheFileDialog()
@@ -181,7 +159,6 @@ void PlaylistSettingsViewTest::filesAreAddedInOrderFromADropOrTheFileDialog()
     QVERIFY(sendDragEvent<QDropEvent>(viewport, {10, 10}, files));
     QVERIFY(added.wait(10000));
     QCOMPARE(names(view.tracks()), (QStringList{"old", "Song", "Ünïcode", "Track"}));
-    QCOMPARE(view.tracks().at(1).artist, QStringLiteral("Band"));
     QCOMPARE(view.tracks().at(3).artist, QStringLiteral("Unknown artist"));
     QVERIFY(view.tracks().at(1).urlString.endsWith(QStringLiteral("My%20Music/b%20song.mp3")));
     QCOMPARE(config.readPlaylistTracks(id), std::optional<QList<Track>>(view.tracks()));
@@ -202,12 +179,7 @@ void PlaylistSettingsViewTest::filesAreAddedInOrderFromADropOrTheFileDialog()
         QMetaObject::invokeMethod(dialog, "accept");
     });
     answer.start(50);
-    // Should the dialog never be answered, close it so that the test fails rather than hangs.
-    QTimer::singleShot(15000, &view, [] {
-        if (QWidget* modal = QApplication::activeModalWidget())
-            modal->close();
-    });
-    QTest::mouseClick(view.findChild<QPushButton*>("addTracksButton"), Qt::LeftButton);
+    QTest::mouseClick(view.findChild<QAbstractButton*>("addTracksButton"), Qt::LeftButton);
     QVERIFY(added.wait(10000));
     QCOMPARE(names(view.tracks()).mid(4), (QStringList{"Track", "Song"}));
 
@@ -253,7 +225,7 @@ void PlaylistSettingsViewTest::rowsDraggedOverTheTableReorderAndSaveOnceThenTras
     QCOMPARE(names(config.readPlaylistTracks(id).value()), (QStringList{"T2", "T3", "T1"}));
     QCOMPARE(writes.count(uuidText(id) + ".json"), 1);
 
-    auto* trash = view.findChild<QToolButton*>("removeTracksButton");
+    auto* trash = view.findChild<QAbstractButton*>("removeTracksButton");
     table->clearSelection();
     QVERIFY(!trash->isEnabled());
     QTest::mouseClick(viewport, Qt::LeftButton, {}, rowCentre(table, 0));
