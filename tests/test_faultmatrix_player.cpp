@@ -441,6 +441,7 @@ void FaultMatrixPlayerTest::absurdThemeNumbersKeepTheWindowSane()
     if (loads >= 0)
         QCOMPARE(loaded, bool(loads));
 
+    PlayerFixture::writeColouredTheme(*m_config); // pictures to stretch into the absurd boxes
     makePlayer({m_longTone});
     m_transport->playPausePressed(); // the thumb and the text lines are drawn too
     QVERIFY(m_player->isPlaying());

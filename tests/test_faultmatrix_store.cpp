@@ -447,8 +447,8 @@ void FaultMatrixStoreTest::fullDiskFailsWritesAndKeepsTheOldFiles()
 
 void FaultMatrixStoreTest::documentsThatCannotBeMadeAreFatal_data()
 {
+    // A plain file in its place is covered with the store's own start-up tests.
     QTest::addColumn<QString>("blocker");
-    QTest::newRow("a file in its place") << "file";
     QTest::newRow("a link to nowhere in its place") << "dangling link";
     QTest::newRow("a file where a parent folder should be") << "file parent";
 }
@@ -459,9 +459,7 @@ void FaultMatrixStoreTest::documentsThatCannotBeMadeAreFatal()
     const QString home = TestEnvironment::home() + QStringLiteral("/blocked");
     QVERIFY(QDir().mkpath(home));
     QString target = home + QStringLiteral("/Documents");
-    if (blocker == QLatin1String("file")) {
-        QVERIFY(writeFile(target, "not a folder"));
-    } else if (blocker == QLatin1String("dangling link")) {
+    if (blocker == QLatin1String("dangling link")) {
         QVERIFY(QFile::link(home + QStringLiteral("/gone/Documents"), target));
     } else {
         // The user's folder list names a folder below a file.
