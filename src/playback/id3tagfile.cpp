@@ -1,6 +1,7 @@
 #include "playback/id3tagfile.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <taglib/aifffile.h>
 #include <taglib/id3v2tag.h>
@@ -9,6 +10,10 @@
 
 AudioContainer sniffContainer(const QString& path)
 {
+    // Only regular files: opening a named pipe waits for a writer, and a
+    // device such as /dev/zero never ends.
+    if (!QFileInfo(path).isFile())
+        return AudioContainer::Unreadable;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return AudioContainer::Unreadable;
