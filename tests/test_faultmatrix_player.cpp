@@ -20,6 +20,10 @@
 #include <QTemporaryDir>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <thread>
 
 using PlayerFixture::printedBy;
 
@@ -154,6 +158,8 @@ private slots:
     void autoAdvanceOverBrokenTracksStops();
     void absurdTagsReadWithinBounds_data();
     void absurdTagsReadWithinBounds();
+    void tagsOfWhatIsNoFileAreTheDefaults_data();
+    void tagsOfWhatIsNoFileAreTheDefaults();
     void absurdThemeNumbersKeepTheWindowSane_data();
     void absurdThemeNumbersKeepTheWindowSane();
     void indexesPastTheListsAreSurvived_data();
@@ -387,6 +393,46 @@ void FaultMatrixPlayerTest::absurdTagsReadWithinBounds()
     // merely claims is not.
     const double grown = peakMemoryMiB() - peakBefore;
     QVERIFY2(grown < 3 * fileMiB + 32, qPrintable(QStringLiteral("%1 MiB more").arg(grown)));
+}
+
+void FaultMatrixPlayerTest::tagsOfWhatIsNoFileAreTheDefaults_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("a named pipe") << "pipe";
+    QTest::newRow("an endless device") << "device";
+    QTest::newRow("a folder") << "folder";
+}
+
+void FaultMatrixPlayerTest::tagsOfWhatIsNoFileAreTheDefaults()
+{
+    // A dropped name may be anything; reading it must neither wait for a
+    // writer that never comes nor read for ever.
+    QFETCH(QString, kind);
+    QString path = music(QStringLiteral("song.mp3"));
+    QVERIFY(QDir().mkpath(music({})));
+    if (kind == QLatin1String("pipe"))
+        QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    else if (kind == QLatin1String("device"))
+        path = QStringLiteral("/dev/zero");
+    else
+        QVERIFY(QDir().mkpath(path));
+
+    // Read on a thread of its own, which the end of the process can take
+    // down if it never returns.
+    struct Result {
+        std::atomic<bool> done = false;
+        TrackTags tags;
+        bool artIsNull = false;
+    };
+    auto result = std::make_shared<Result>();
+    std::thread([result, path] {
+        result->tags = readTrackTags(path);
+        result->artIsNull = readAlbumArt(path).isNull();
+        result->done = true;
+    }).detach();
+    QVERIFY(QTest::qWaitFor([&] { return result->done.load(); }, 10000));
+    QCOMPARE(result->tags, TrackTags());
+    QVERIFY(result->artIsNull);
 }
 
 void FaultMatrixPlayerTest::absurdThemeNumbersKeepTheWindowSane_data()
