@@ -35,6 +35,8 @@ QString writeFilePlain(const QString& path, const QByteArray& bytes)
     // A plain write replaces the file in place, so a write that cannot finish
     // (a full disk) would leave it cut off: what was there is put back then.
     const QFileInfo before(path);
+    if (before.exists() && !before.isFile() && !before.isDir())
+        return QStringLiteral("Could not write %1: it is not a regular file").arg(quoted(path));
     const bool nothingThere = !before.exists() && !before.isSymLink();
     std::optional<QByteArray> previous;
     if (before.isFile()) {
@@ -85,8 +87,12 @@ QString removeFile(const QString& path)
 
 FileBytes readWholeFile(const QString& path)
 {
-    if (QFileInfo(path).isDir())
+    const QFileInfo info(path);
+    if (info.isDir())
         return {std::nullopt, QStringLiteral("Could not read %1: it is a folder").arg(quoted(path))};
+    // A named pipe would wait for a writer, a device may never end.
+    if (info.exists() && !info.isFile())
+        return {std::nullopt, QStringLiteral("Could not read %1: it is not a regular file").arg(quoted(path))};
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {std::nullopt, QStringLiteral("Could not read %1: %2").arg(quoted(path), file.errorString())};
