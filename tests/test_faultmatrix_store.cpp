@@ -341,6 +341,13 @@ void FaultMatrixStoreTest::misplacedFilesAreReportedAndLeftAsTheyAre_data()
                                                  << QStringList{QStringLiteral("Failed to write theme.json: ")};
     QTest::newRow("playlist is a folder: delete")
         << "folder" << true << Action::deletePlaylist << QStringList{QStringLiteral("Failed to delete playlist file: ")};
+    // Opening a named pipe waits for the other end: nothing may open one.
+    QTest::newRow("playlist is a named pipe: read") << "pipe" << true << Action::readTracks
+                                                    << QStringList{QStringLiteral("Could not read")};
+    // The atomic write puts a whole new file in the pipe's place.
+    QTest::newRow("playlist is a named pipe: write") << "pipe" << true << Action::writeTracks << QStringList();
+    QTest::newRow("settings is a named pipe: start")
+        << "pipe" << false << Action::start << QStringList{QStringLiteral("Could not read"), save};
     // A link to nowhere is followed: the defaults land where it points if
     // that folder exists; if not, the save says so. The link stays a link.
     QTest::newRow("settings link to nowhere: start") << "dangling link" << false << Action::start
@@ -368,6 +375,8 @@ void FaultMatrixStoreTest::misplacedFilesAreReportedAndLeftAsTheyAre()
     if (thing == QLatin1String("folder")) {
         // A folder with something of the user's in it: nothing may remove it.
         QVERIFY(writeFile(path + QStringLiteral("/keep.txt"), "mine"));
+    } else if (thing == QLatin1String("pipe")) {
+        QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
     } else if (thing == QLatin1String("dangling link")) {
         QVERIFY(QFile::link(elsewhere + QStringLiteral("/missing/settings.json"), path));
     } else if (thing == QLatin1String("link to missing file")) {
@@ -381,14 +390,21 @@ void FaultMatrixStoreTest::misplacedFilesAreReportedAndLeftAsTheyAre()
         config.reset();
     const QString linkTarget = QFileInfo(path).symLinkTarget();
 
-    StdoutCapture out;
-    perform(action, *config, mine);
-    const QStringList lines = out.lines();
+    QStringList lines;
+    {
+        StdoutCapture out;
+        alarm(60); // a read or write that waits for ever ends the test as a failure
+        perform(action, *config, mine);
+        alarm(0);
+        lines = out.lines();
+    }
     QVERIFY2(linesStartWith(lines, printed), qPrintable(lines.join(QLatin1Char('\n'))));
     if (thing == QLatin1String("folder") || thing == QLatin1String("link to folder"))
         QCOMPARE(readFile((thing == QLatin1String("folder") ? path : elsewhere) + QStringLiteral("/keep.txt")),
                  QByteArray("mine"));
     QCOMPARE(QFileInfo(path).symLinkTarget(), linkTarget);
+    if (thing == QLatin1String("pipe"))
+        QCOMPARE(QFileInfo(path).isFile(), action == Action::writeTracks);
     if (thing == QLatin1String("link to missing file"))
         QVERIFY(settingsDataFromJson(readFile(path)));
 }
