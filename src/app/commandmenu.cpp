@@ -1,26 +1,12 @@
 #include "app/commandmenu.h"
 
 #include "playback/audioplayer.h"
+#include "player/menuentry.h"
 #include "player/transport.h"
 
 #include <QCoreApplication>
 #include <QMenu>
 #include <QWidget>
-
-namespace {
-
-QAction* addEntry(QMenu* menu, const QString& title, bool current)
-{
-    // Only the current entry is checkable, so only it shows a mark.
-    QAction* action = menu->addAction(title);
-    if (current) {
-        action->setCheckable(true);
-        action->setChecked(true);
-    }
-    return action;
-}
-
-} // namespace
 
 CommandMenu::CommandMenu(Config& config, AudioPlayer& audioPlayer, Transport& transport, QObject* parent)
     : QObject(parent)
@@ -116,7 +102,7 @@ void CommandMenu::rebuildPlaylists()
     m_playlists->clear();
     const QList<Playlist> catalogue = m_config.playlists();
     for (qint64 i = 0; i < catalogue.size(); ++i) {
-        QAction* entry = addEntry(m_playlists, catalogue.at(i).name, i == m_config.currentPlaylistIndex());
+        QAction* entry = addMenuEntry(m_playlists, catalogue.at(i).name, i == m_config.currentPlaylistIndex());
         connect(entry, &QAction::triggered, this, [this, i] { m_transport.selectPlaylistCommand(i); });
     }
 }
@@ -128,7 +114,7 @@ void CommandMenu::rebuildTracks()
     m_tracks->clear();
     m_tracks->menuAction()->setVisible(tracks.has_value());
     for (qint64 i = 0; tracks && i < tracks->size(); ++i) {
-        QAction* entry = addEntry(m_tracks, tracks->at(i).trackName, i == m_config.currentTrackIndex());
+        QAction* entry = addMenuEntry(m_tracks, tracks->at(i).trackName, i == m_config.currentTrackIndex());
         connect(entry, &QAction::triggered, this, [this, i] { m_transport.selectTrackCommand(i); });
     }
 }

@@ -1,16 +1,13 @@
 // ContentView's two pull-down menus: choose a playlist, choose a track.
 #include "player/contentview.h"
 
+#include "player/menuentry.h"
 #include "player/transport.h"
 
 #include <QMenu>
 
-namespace {
-
-QAction* addEntry(QMenu* menu, const QString& title, bool current)
+QAction* addMenuEntry(QMenu* menu, const QString& title, bool current)
 {
-    // Only the current entry is checkable, so only it shows a mark; the
-    // others keep their place in the menu's check column.
     QAction* action = menu->addAction(title);
     if (current) {
         action->setCheckable(true);
@@ -18,8 +15,6 @@ QAction* addEntry(QMenu* menu, const QString& title, bool current)
     }
     return action;
 }
-
-} // namespace
 
 QMenu* ContentView::freshMenu()
 {
@@ -45,7 +40,7 @@ void ContentView::openPlaylistMenu()
     QMenu* menu = freshMenu();
     const QList<Playlist> catalogue = m_config.playlists();
     for (qint64 i = 0; i < catalogue.size(); ++i) {
-        QAction* entry = addEntry(menu, catalogue.at(i).name, i == m_config.currentPlaylistIndex());
+        QAction* entry = addMenuEntry(menu, catalogue.at(i).name, i == m_config.currentPlaylistIndex());
         connect(entry, &QAction::triggered, this, [this, i] { m_transport.selectPlaylistFromSkin(i); });
     }
     popUp(menu, Element::playlistMenu);
@@ -57,7 +52,7 @@ void ContentView::openTrackMenu()
     // Read afresh: the editor may have just changed the file.
     const auto tracks = m_transport.currentTracks();
     for (qint64 i = 0; tracks && i < tracks->size(); ++i) {
-        QAction* entry = addEntry(menu, tracks->at(i).trackName, i == m_config.currentTrackIndex());
+        QAction* entry = addMenuEntry(menu, tracks->at(i).trackName, i == m_config.currentTrackIndex());
         connect(entry, &QAction::triggered, this, [this, i] { m_transport.selectTrackFromSkin(i); });
     }
     popUp(menu, Element::trackMenu);
