@@ -92,6 +92,12 @@ void PlaylistSettingsViewTest::playlistsArePickedCreatedRenamedAndDeletedInTwoSt
     QVERIFY(!QFile::exists(settingsPath()));
     config.setCurrentPlaylistIndex(0);
     QCOMPARE(names(view.tracks()), QStringList{"r1"});
+    // Renamed and moved elsewhere: the same playlist stays selected, its name shown.
+    QList<Playlist> changed{catalogue.at(1), catalogue.at(0), catalogue.at(2)};
+    changed[1].name = QStringLiteral("Route");
+    config.setPlaylists(changed);
+    QCOMPARE(nameField->text(), QStringLiteral("Route"));
+    QCOMPARE(view.selectedPlaylistID(), catalogue.at(0).id);
 
     QTest::mouseClick(view.findChild<QAbstractButton*>("newPlaylistButton"), Qt::LeftButton);
     const Playlist created = config.playlists().value(3);
@@ -126,7 +132,7 @@ void PlaylistSettingsViewTest::playlistsArePickedCreatedRenamedAndDeletedInTwoSt
     // Deleted elsewhere while the player's index points past the end: the first is shown.
     config.setCurrentPlaylistIndex(2);
     config.deletePlaylist(catalogue.at(2).id);
-    QCOMPARE(names(view.tracks()), QStringList{"r1"});
+    QCOMPARE(names(view.tracks()), (QStringList{"h1", "h2"}));
 
     config.setPlaylists({});
     QVERIFY(!view.selectedPlaylistID());
