@@ -2,6 +2,7 @@
 #include "store/jsonreader.h"
 #include "support/stdoutcapture.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -9,31 +10,9 @@
 #include <QProcess>
 #include <QSignalSpy>
 
+using namespace TestFiles;
+
 namespace {
-
-QString settingsPath()
-{
-    return TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json");
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
-SettingsData storedSettings()
-{
-    return settingsDataFromJson(readFile(settingsPath())).value.value_or(SettingsData{});
-}
 
 // The real program on the offscreen platform, in its own home.
 void startExecutable(QProcess& process, const QString& home)
@@ -137,7 +116,7 @@ void ConfigTest::laterStartLoadsSettingsAndTheme()
     QCOMPARE(config.playerWidth(), 130.0); // the neo layout file was read
 
     // Without a stored selection the index stays where it was.
-    writeFile(settingsPath(), readFile(settingsPath()).replace("\"lastSelectedPlaylistID\" : 2,", ""));
+    QVERIFY(writeFile(settingsPath(), readFile(settingsPath()).replace("\"lastSelectedPlaylistID\" : 2,", "")));
     QCOMPARE(Config().currentPlaylistIndex(), 0);
 }
 
@@ -158,7 +137,7 @@ void ConfigTest::brokenSettingsAreReplacedButKept()
 {
     QFETCH(QByteArray, content);
     QFETCH(bool, reported);
-    writeFile(settingsPath(), content);
+    QVERIFY(writeFile(settingsPath(), content));
     StdoutCapture out;
     Config config;
     // One line for a file that could not be decoded, then the first start's own.
@@ -166,7 +145,7 @@ void ConfigTest::brokenSettingsAreReplacedButKept()
     QCOMPARE(storedSettings().currentTheme, QStringLiteral("mini-blueberry"));
     QCOMPARE(readFile(settingsPath() + QStringLiteral(".broken")), content);
     // A second broken file does not overwrite the first kept copy.
-    writeFile(settingsPath(), "second");
+    QVERIFY(writeFile(settingsPath(), "second"));
     Config again;
     QCOMPARE(readFile(settingsPath() + QStringLiteral(".broken")), content);
     QCOMPARE(readFile(settingsPath() + QStringLiteral(".broken-2")), QByteArray("second"));
@@ -229,7 +208,7 @@ void ConfigTest::executableStartsTheStoreOrStopsWithoutDocuments()
 
     // A file where the Documents folder should be cannot be made a folder.
     const QString blocked = TestEnvironment::home() + QStringLiteral("/blocked");
-    writeFile(blocked + QStringLiteral("/Documents"), "not a folder");
+    QVERIFY(writeFile(blocked + QStringLiteral("/Documents"), "not a folder"));
     QProcess process;
     startExecutable(process, blocked);
     QVERIFY(process.waitForFinished(20000));

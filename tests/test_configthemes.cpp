@@ -1,6 +1,7 @@
 #include "store/config.h"
 #include "support/stdoutcapture.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
 #include "themes/defaultlayouts.h"
 #include "themes/themedata.h"
 
@@ -9,21 +10,9 @@
 #include <QGuiApplication>
 #include <QSignalSpy>
 
+using namespace TestFiles;
+
 namespace {
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
 
 QString themeFolder(const Config& config, const QString& theme)
 {
@@ -94,7 +83,7 @@ void ConfigThemesTest::loadingAppliesTheFileOrNothing()
     const QString path = config.themeFileURL();
     QByteArray bytes = readFile(path);
     bytes.replace("\"trackArtHeight\"", "\"trackArtHeightX\"");
-    writeFile(path, bytes);
+    QVERIFY(writeFile(path, bytes));
     QSignalSpy spy(&config, &Config::changed);
     {
         StdoutCapture out;
@@ -126,7 +115,7 @@ void ConfigThemesTest::loadingEqualValuesNotifiesNothing()
     ThemeData edited = familyLayout(ThemeFamily::mini);
     edited.closePosY = 12;
     edited.trackArtWidth = 90;
-    writeFile(config.themeFileURL(), toJson(edited));
+    QVERIFY(writeFile(config.themeFileURL(), toJson(edited)));
     config.loadTheme();
     QCOMPARE(spy.count(), 2);
     QCOMPARE(spy.at(0).at(0).value<Config::Property>(), Config::Property::closePos);
@@ -185,7 +174,7 @@ void ConfigThemesTest::picturesComeFromTheThemeFolderWithFallback()
     QCOMPARE(colourOf(config.themePicture(QStringLiteral("close"))), qRgb(10, 20, 30));
 
     // Missing or unreadable: the built-in fallback, whatever the theme.
-    writeFile(themeFolder(config, QStringLiteral("neo-lime")) + QStringLiteral("/close.png"), "not a png");
+    QVERIFY(writeFile(themeFolder(config, QStringLiteral("neo-lime")) + QStringLiteral("/close.png"), "not a png"));
     QCOMPARE(colourOf(config.themePicture(QStringLiteral("close"))), qRgb(200, 0, 0));
     config.setCurrentTheme(QStringLiteral("not-installed"));
     QCOMPARE(colourOf(config.themePicture(QStringLiteral("close"))), qRgb(200, 0, 0));

@@ -4,6 +4,7 @@
 #include "store/jsonreader.h"
 #include "support/audiofixtures.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -13,6 +14,8 @@
 #include <QTemporaryDir>
 
 using AudioFixtures::MonitorRecorder;
+
+using namespace TestFiles;
 
 namespace {
 
@@ -27,14 +30,6 @@ QString run(const QString& program, const QStringList& arguments)
 QString playerctl(const QStringList& arguments)
 {
     return run(QStringLiteral("playerctl"), QStringList{QStringLiteral("-p"), QStringLiteral("plinkbox")} + arguments);
-}
-
-SettingsData storedSettings()
-{
-    QFile file(TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json"));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return settingsDataFromJson(file.readAll()).value.value_or(SettingsData{});
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "store/jsonreader.h"
 #include "support/audiofixtures.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
 
 #include <QApplication>
 #include <QDBusConnection>
@@ -19,6 +20,8 @@
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QUrl>
+
+using namespace TestFiles;
 
 namespace {
 
@@ -35,14 +38,6 @@ QString playerctl(const QStringList& arguments)
     while (process.state() != QProcess::NotRunning && timer.elapsed() < 10000)
         QTest::qWait(20);
     return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
-}
-
-SettingsData storedSettings()
-{
-    QFile file(TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json"));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return settingsDataFromJson(file.readAll()).value.value_or(SettingsData{});
 }
 
 } // namespace

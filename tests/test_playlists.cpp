@@ -2,28 +2,20 @@
 #include "store/jsonreader.h"
 #include "support/stdoutcapture.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
 
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
 #include <QSignalSpy>
 
+using namespace TestFiles;
+
 namespace {
 
 QString playlistsFolder()
 {
     return TestEnvironment::documents() + QStringLiteral("/plinkBox-1/Playlists");
-}
-
-QString settingsPath()
-{
-    return TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json");
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 void makeFile(const QString& path, const QByteArray& bytes = {})
