@@ -2,9 +2,6 @@
 # the faults met while playing (vanished files, absurd tags and themes,
 # indexes past the lists).
 plink_add_test(test_faultmatrix_store SOURCES test_faultmatrix_store.cpp LIBS plinkcore)
-target_compile_definitions(test_faultmatrix_store PRIVATE PLINKBOX_EXECUTABLE="$<TARGET_FILE:plinkbox>")
-add_dependencies(test_faultmatrix_store plinkbox)
-
 plink_add_test(test_faultmatrix_player SOURCES test_faultmatrix_player.cpp playerfixture.h LIBS plinkapp)
 # It plays through the test sink.
 set_tests_properties(test_faultmatrix_player PROPERTIES RESOURCE_LOCK plinkbox_sink)
