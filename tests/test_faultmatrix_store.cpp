@@ -123,59 +123,6 @@ private:
     bool m_mounted = false;
 };
 
-// A write gets as far as the limit and then fails (EFBIG), for root too.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        getrlimit(RLIMIT_FSIZE, &m_saved);
-        m_savedHandler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit limited = m_saved;
-        limited.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limited);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_saved);
-        std::signal(SIGXFSZ, m_savedHandler);
-    }
-
-private:
-    rlimit m_saved {};
-    void (*m_savedHandler)(int) = SIG_DFL;
-};
-
-// A small tmpfs as the Documents folder (root, private mounts only).
-class SmallDocuments
-{
-public:
-    SmallDocuments()
-        : m_mounted(privateMounts()
-                    && mount("tmpfs", QFile::encodeName(documents()).constData(), "tmpfs", 0, "size=256k,mode=0755") == 0)
-    {
-    }
-    ~SmallDocuments()
-    {
-        if (m_mounted)
-            umount2(QFile::encodeName(documents()).constData(), MNT_DETACH);
-    }
-    bool mounted() const { return m_mounted; }
-
-    // Fills the filesystem until only about room bytes are left.
-    static bool leaveRoom(qint64 room)
-    {
-        struct statvfs info {};
-        if (statvfs(QFile::encodeName(documents()).constData(), &info) != 0)
-            return false;
-        const qint64 free = qint64(info.f_bavail) * qint64(info.f_bsize);
-        return free <= room || writeFile(documents(QStringLiteral("filler")), QByteArray(free - room, 'x'));
-    }
-
-private:
-    bool m_mounted;
-};
-
 } // namespace
 
 class FaultMatrixStoreTest : public QObject
@@ -188,10 +135,8 @@ public:
 
 private slots:
     void init() { TestEnvironment::wipeHome(); }
-    void readOnlyFolderFailsEachWriteAndKeepsItsFiles_data();
-    void readOnlyFolderFailsEachWriteAndKeepsItsFiles();
-    void misplacedFilesAreReportedAndLeftAsTheyAre_data();
-    void misplacedFilesAreReportedAndLeftAsTheyAre();
+    void faultsAreReportedAndFilesKept_data();
+    void faultsAreReportedAndFilesKept();
     void fullDiskFailsWritesAndKeepsTheOldFiles_data();
     void fullDiskFailsWritesAndKeepsTheOldFiles();
 };
@@ -210,23 +155,24 @@ QUuid setUpLibrary(Config& config)
     return catalogue.last().id;
 }
 
-QStringList perform(FaultMatrixStoreTest::Action action, Config& config, const QUuid& mine)
+// config is none for a start.
+QStringList perform(FaultMatrixStoreTest::Action action, Config* config, const QUuid& mine)
 {
     using Action = FaultMatrixStoreTest::Action;
     StdoutCapture out;
     switch (action) {
     case Action::saveSettings:
-        config.setPlaysSounds(!config.playsSounds());
-        config.saveSettings();
+        config->setPlaysSounds(!config->playsSounds());
+        config->saveSettings();
         break;
-    case Action::createPlaylist: config.createPlaylist(); break;
+    case Action::createPlaylist: config->createPlaylist(); break;
     case Action::readTracks:
-        config.setCurrentPlaylistIndex(config.playlists().size() - 1);
-        config.nextTrack();
+        config->setCurrentPlaylistIndex(config->playlists().size() - 1);
+        config->nextTrack();
         break;
-    case Action::writeTracks: config.writePlaylistTracks(mine, manyTracks(3)); break;
-    case Action::deletePlaylist: config.deletePlaylist(mine); break;
-    case Action::writeDefaultTheme: config.writeDefaultTheme(config.currentTheme()); break;
+    case Action::writeTracks: config->writePlaylistTracks(mine, manyTracks(3)); break;
+    case Action::deletePlaylist: config->deletePlaylist(mine); break;
+    case Action::writeDefaultTheme: config->writeDefaultTheme(config->currentTheme()); break;
     case Action::start: Config again; break;
     }
     return out.lines();
@@ -238,112 +184,85 @@ const QString deleteFailed = QStringLiteral("Failed to delete playlist file: ");
 
 } // namespace
 
-void FaultMatrixStoreTest::readOnlyFolderFailsEachWriteAndKeepsItsFiles_data()
+void FaultMatrixStoreTest::faultsAreReportedAndFilesKept_data()
 {
-    QTest::addColumn<QString>("folder");
-    QTest::addColumn<QStringList>("remove"); // made missing before the folder turns read-only
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<QString>("where"); // a folder made read-only, else "playlist" or "settings"
     QTest::addColumn<Action>("action");
     QTest::addColumn<QStringList>("printed");
 
     const QString app = QStringLiteral("plinkBox-1");
     const QString playlists = QStringLiteral("plinkBox-1/Playlists");
-    const QString themes = QStringLiteral("plinkBox/Themes");
-    QTest::newRow("application folder: save") << app << QStringList() << Action::saveSettings << QStringList{saveFailed};
-    QTest::newRow("application folder: new playlist")
-        << app << QStringList() << Action::createPlaylist << QStringList{QStringLiteral("Could not write"), saveFailed};
-    QTest::newRow("playlists folder: tracks") << playlists << QStringList() << Action::writeTracks
-                                              << QStringList{writeFailed};
-    QTest::newRow("playlists folder: delete") << playlists << QStringList() << Action::deletePlaylist
-                                              << QStringList{deleteFailed};
-    QTest::newRow("themes folder: default layout") << themes << QStringList() << Action::writeDefaultTheme
-                                                   << QStringList{writeFailed};
-    // The Themes folder itself cannot be made: reported, and the start goes on.
-    QTest::newRow("themes parent: first start")
-        << QStringLiteral("plinkBox") << QStringList{themes, app} << Action::start
-        << QStringList{QStringLiteral("Could not create the folder"), QStringLiteral("New playlist written successfully.")};
+    const QString couldNotRead = QStringLiteral("Could not read");
+    const auto row = [](const char* fault, const QString& where, Action action, const QStringList& printed) {
+        QTest::addRow("%s: %s, %s", fault, qPrintable(where), QMetaEnum::fromType<Action>().valueToKey(int(action)))
+            << QString::fromLatin1(fault) << where << action << printed;
+    };
+    row("read-only", app, Action::saveSettings, {saveFailed});
+    row("read-only", app, Action::createPlaylist, {QStringLiteral("Could not write"), saveFailed});
+    row("read-only", playlists, Action::writeTracks, {writeFailed});
+    row("read-only", playlists, Action::deletePlaylist, {deleteFailed});
+    row("read-only", QStringLiteral("plinkBox/Themes"), Action::writeDefaultTheme, {writeFailed});
+    // The Themes folder cannot be made at a first start: reported, and the start goes on.
+    row("read-only, empty", QStringLiteral("plinkBox"), Action::start,
+        {QStringLiteral("Could not create the folder"), QStringLiteral("New playlist written successfully.")});
+    row("folder", QStringLiteral("playlist"), Action::deletePlaylist, {deleteFailed});
+    // Opening a named pipe waits for the other end: nothing may open one.
+    row("pipe", QStringLiteral("playlist"), Action::readTracks, {couldNotRead});
+    row("pipe", QStringLiteral("settings"), Action::start, {couldNotRead, saveFailed});
+    // A link is followed and stays a link.
+    row("dangling link", QStringLiteral("settings"), Action::start, {saveFailed});
+    row("link to folder", QStringLiteral("settings"), Action::start, {couldNotRead, saveFailed});
 }
 
-void FaultMatrixStoreTest::readOnlyFolderFailsEachWriteAndKeepsItsFiles()
+void FaultMatrixStoreTest::faultsAreReportedAndFilesKept()
 {
-    QFETCH(QString, folder);
-    QFETCH(QStringList, remove);
+    QFETCH(QString, fault);
+    QFETCH(QString, where);
     QFETCH(Action, action);
     QFETCH(QStringList, printed);
 
     auto config = std::make_unique<Config>();
     const QUuid mine = setUpLibrary(*config);
-    for (const QString& path : std::as_const(remove))
-        QDir(documents(path)).removeRecursively();
+    const QString path = where == QLatin1String("playlist") ? config->playlistFileURL(mine) : settingsPath();
     if (action == Action::start)
         config.reset();
-    const QMap<QString, QByteArray> before = snapshot(documents(folder));
-
     QStringList lines;
-    {
-        const ReadOnlyFolder readOnly(documents(folder));
-        if (readOnly.skipReason())
-            QSKIP(readOnly.skipReason());
-        lines = perform(action, *config, mine);
+    if (fault.startsWith(QLatin1String("read-only"))) {
+        if (fault.endsWith(QLatin1String("empty"))) {
+            QDir(documents(QStringLiteral("plinkBox/Themes"))).removeRecursively();
+            QDir(documents(QStringLiteral("plinkBox-1"))).removeRecursively();
+        }
+        const QMap<QString, QByteArray> before = snapshot(documents(where));
+        {
+            const ReadOnlyFolder readOnly(documents(where));
+            if (readOnly.skipReason())
+                QSKIP(readOnly.skipReason());
+            lines = perform(action, config.get(), mine);
+        }
+        QCOMPARE(snapshot(documents(where)), before);
+    } else {
+        const QString elsewhere = TestEnvironment::home() + QStringLiteral("/elsewhere");
+        QVERIFY(QFile::remove(path));
+        // A folder holds something of the user's: nothing may remove it.
+        const QString keep = (fault == QLatin1String("folder") ? path : elsewhere) + QStringLiteral("/keep.txt");
+        if (fault == QLatin1String("pipe"))
+            QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        else if (fault == QLatin1String("dangling link"))
+            QVERIFY(QFile::link(elsewhere + QStringLiteral("/missing/settings.json"), path));
+        else
+            QVERIFY(writeFile(keep, "mine"));
+        if (fault == QLatin1String("link to folder"))
+            QVERIFY(QFile::link(elsewhere, path));
+        const QString linkTarget = QFileInfo(path).symLinkTarget();
+        alarm(60); // a read or write that waits for ever ends the test as a failure
+        lines = perform(action, config.get(), mine);
+        alarm(0);
+        if (fault.contains(QLatin1String("folder")))
+            QCOMPARE(readFile(keep), QByteArray("mine"));
+        QCOMPARE(QFileInfo(path).symLinkTarget(), linkTarget);
     }
     checkLines(lines, printed);
-    QCOMPARE(snapshot(documents(folder)), before);
-}
-
-void FaultMatrixStoreTest::misplacedFilesAreReportedAndLeftAsTheyAre_data()
-{
-    QTest::addColumn<QString>("thing"); // what takes the file's place
-    QTest::addColumn<bool>("ofPlaylist"); // else of the settings file
-    QTest::addColumn<Action>("action");
-    QTest::addColumn<QStringList>("printed");
-
-    const QString couldNotRead = QStringLiteral("Could not read");
-    QTest::newRow("playlist is a folder: delete") << "folder" << true << Action::deletePlaylist
-                                                  << QStringList{deleteFailed};
-    // Opening a named pipe waits for the other end: nothing may open one.
-    QTest::newRow("playlist is a named pipe: read") << "pipe" << true << Action::readTracks
-                                                    << QStringList{couldNotRead};
-    QTest::newRow("settings is a named pipe: start") << "pipe" << false << Action::start
-                                                     << QStringList{couldNotRead, saveFailed};
-    // A link is followed and stays a link.
-    QTest::newRow("settings link to nowhere: start") << "dangling link" << false << Action::start
-                                                     << QStringList{saveFailed};
-    QTest::newRow("settings link to a folder: start") << "link to folder" << false << Action::start
-                                                      << QStringList{couldNotRead, saveFailed};
-}
-
-void FaultMatrixStoreTest::misplacedFilesAreReportedAndLeftAsTheyAre()
-{
-    QFETCH(QString, thing);
-    QFETCH(bool, ofPlaylist);
-    QFETCH(Action, action);
-    QFETCH(QStringList, printed);
-
-    auto config = std::make_unique<Config>();
-    const QUuid mine = setUpLibrary(*config);
-    const QString path = ofPlaylist ? config->playlistFileURL(mine) : settingsPath();
-    const QString elsewhere = TestEnvironment::home() + QStringLiteral("/elsewhere");
-    QVERIFY(QFile::remove(path));
-    // A folder holds something of the user's: nothing may remove it.
-    QString keep = (thing == QLatin1String("folder") ? path : elsewhere) + QStringLiteral("/keep.txt");
-    if (thing == QLatin1String("pipe"))
-        QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
-    else if (thing == QLatin1String("dangling link"))
-        QVERIFY(QFile::link(elsewhere + QStringLiteral("/missing/settings.json"), path));
-    else
-        QVERIFY(writeFile(keep, "mine"));
-    if (thing == QLatin1String("link to folder"))
-        QVERIFY(QFile::link(elsewhere, path));
-    if (action == Action::start)
-        config.reset();
-    const QString linkTarget = QFileInfo(path).symLinkTarget();
-
-    alarm(60); // a read or write that waits for ever ends the test as a failure
-    const QStringList lines = perform(action, *config, mine);
-    alarm(0);
-    checkLines(lines, printed);
-    if (thing.contains(QLatin1String("folder")))
-        QCOMPARE(readFile(keep), QByteArray("mine"));
-    QCOMPARE(QFileInfo(path).symLinkTarget(), linkTarget);
 }
 
 void FaultMatrixStoreTest::fullDiskFailsWritesAndKeepsTheOldFiles_data()
@@ -356,12 +275,15 @@ void FaultMatrixStoreTest::fullDiskFailsWritesAndKeepsTheOldFiles_data()
 void FaultMatrixStoreTest::fullDiskFailsWritesAndKeepsTheOldFiles()
 {
     QFETCH(bool, smallFilesystem);
-    std::optional<SmallDocuments> smallDocuments;
-    if (smallFilesystem) {
-        smallDocuments.emplace();
-        if (!smallDocuments->mounted())
-            QSKIP("no permission to mount a small filesystem here; the file size limit row covers the fault");
-    }
+    // A small tmpfs as the Documents folder (root, private mounts only).
+    const QByteArray documentsPath = QFile::encodeName(documents());
+    if (smallFilesystem
+        && !(privateMounts() && mount("tmpfs", documentsPath.constData(), "tmpfs", 0, "size=256k,mode=0755") == 0))
+        QSKIP("no permission to mount a small filesystem here; the file size limit row covers the fault");
+    const auto unmount = qScopeGuard([&] {
+        if (smallFilesystem)
+            umount2(documentsPath.constData(), MNT_DETACH);
+    });
     Config config;
     const QUuid mine = setUpLibrary(config);
     const QString playlist = config.playlistFileURL(mine);
@@ -374,19 +296,27 @@ void FaultMatrixStoreTest::fullDiskFailsWritesAndKeepsTheOldFiles()
         catalogue.append({QUuid::createUuid(), QStringLiteral("Playlist number %1").arg(i)});
     config.setPlaylists(catalogue);
 
-    QStringList lines;
-    {
-        constexpr qint64 room = 12 * 1024;
-        std::optional<FileSizeLimit> limit;
-        if (smallFilesystem)
-            QVERIFY(SmallDocuments::leaveRoom(room));
-        else
-            limit.emplace(room);
-        StdoutCapture out;
-        config.writePlaylistTracks(mine, manyTracks(400));
-        config.saveSettings();
-        lines = out.lines();
+    constexpr qint64 room = 12 * 1024;
+    rlimit saved {};
+    getrlimit(RLIMIT_FSIZE, &saved);
+    if (smallFilesystem) {
+        // Fill it until only room bytes are left.
+        struct statvfs info {};
+        QCOMPARE(statvfs(documentsPath.constData(), &info), 0);
+        const qint64 free = qint64(info.f_bavail) * qint64(info.f_bsize);
+        QVERIFY(free <= room || writeFile(documents(QStringLiteral("filler")), QByteArray(free - room, 'x')));
+    } else {
+        // A write gets as far as the limit and then fails (EFBIG), for root
+        // too; the process goes on with SIGXFSZ ignored.
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limited{room, saved.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limited);
     }
+    StdoutCapture out;
+    config.writePlaylistTracks(mine, manyTracks(400));
+    config.saveSettings();
+    const QStringList lines = out.lines();
+    setrlimit(RLIMIT_FSIZE, &saved);
     checkLines(lines, {writeFailed, saveFailed});
     // The atomic write left the old playlist whole and no temporary file behind.
     QCOMPARE(readFile(playlist), playlistBefore);
