@@ -70,8 +70,18 @@ class FaultMatrixPlayerTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init()
+    {
+        TestEnvironment::wipeHome();
+        QVERIFY(QDir().mkpath(music({})));
+        QCursor::setPos(0, 0); // the virtual cursor stays where the last test left it
+    }
+    void cleanup()
+    {
+        closePopups();
+        m_view.reset();
+        m_rig.reset();
+    }
 
     void brokenTracksFailInOneLineAndNeverSpin_data();
     void brokenTracksFailInOneLineAndNeverSpin();
@@ -119,20 +129,6 @@ private:
     AudioPlayer* m_player = nullptr;
     std::unique_ptr<ContentView> m_view;
 };
-
-void FaultMatrixPlayerTest::init()
-{
-    TestEnvironment::wipeHome();
-    QVERIFY(QDir().mkpath(music({})));
-    QCursor::setPos(0, 0); // the virtual cursor stays where the last test left it
-}
-
-void FaultMatrixPlayerTest::cleanup()
-{
-    closePopups();
-    m_view.reset();
-    m_rig.reset();
-}
 
 void FaultMatrixPlayerTest::brokenTracksFailInOneLineAndNeverSpin_data()
 {
