@@ -94,7 +94,6 @@ void DesktopEndToEndTest::mediaControlsDriveThePlayer()
 {
     MonitorRecorder recorder;
     QVERIFY(recorder.start());
-    QTest::qWait(1500); // the monitor needs a moment before data flows
 
     playerctl({QStringLiteral("play-pause")});
     QTRY_COMPARE(playerctl({QStringLiteral("status")}), QStringLiteral("Playing"));

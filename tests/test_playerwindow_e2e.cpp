@@ -88,7 +88,6 @@ private slots:
         QVERIFY(start());
         MonitorRecorder ear;
         QVERIFY(ear.start());
-        QTest::qWait(1500); // the monitor needs a moment before data flows
         const double clicked = ear.seconds();
         xdotool({"mousemove", "--window", m_window, "192", "34", "click", "1"}); // the play button's centre
         QTest::qWait(2500);

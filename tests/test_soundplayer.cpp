@@ -48,7 +48,6 @@ private slots:
             QSKIP("needs the test desktop's null sink: run under scripts/testenv");
         MonitorRecorder recorder;
         QVERIFY(recorder.start());
-        QTest::qWait(1500); // the monitor's data starts flowing
         SoundPlayer sounds;
         StdoutCapture output;
         QList<QMediaPlayer*> loaded;

@@ -1,6 +1,7 @@
 #include "support/audiofixtures.h"
 
 #include <QDebug>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
@@ -254,6 +255,19 @@ bool MonitorRecorder::start()
                    QStringLiteral("--latency-msec=10")});
     if (!m_parec.waitForStarted(5000)) {
         qWarning() << "MonitorRecorder: parec did not start:" << m_parec.errorString();
+        return false;
+    }
+    // The monitor sends nothing for the first second or two (about 1.8 s
+    // here); from its first data on, the recording keeps pace with real time.
+    // Waiting for that data gives callers a timeline they can mark.
+    QElapsedTimer waited;
+    waited.start();
+    while (m_samples.isEmpty() && waited.elapsed() < 15000) {
+        m_parec.waitForReadyRead(100);
+        drain();
+    }
+    if (m_samples.isEmpty()) {
+        qWarning() << "MonitorRecorder: the monitor sent no data within 15 s";
         return false;
     }
     return true;

@@ -65,8 +65,8 @@ public:
     static QString source();
     static constexpr int sampleRate = 8000;
 
-    // Starts recording; false (with a warning) if there is no monitor or
-    // parec does not start.
+    // Starts recording and returns once the monitor's data flows; false (with
+    // a warning) if there is no monitor or it sends nothing.
     bool start();
     void stop();
 

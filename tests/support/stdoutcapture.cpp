@@ -1,6 +1,7 @@
 #include "support/stdoutcapture.h"
 
 #include <QByteArray>
+#include <QTest>
 
 #include <cstdio>
 #include <cstdlib>
@@ -18,6 +19,13 @@ StdoutCapture::StdoutCapture()
 
 StdoutCapture::~StdoutCapture()
 {
+    // A check that failed while capturing wrote its message here: pass it on,
+    // with what the program printed, or the failure would go unexplained.
+    if (QTest::currentTestFailed()) {
+        const QByteArray held = text().toUtf8();
+        if (write(m_savedFd, held.constData(), size_t(held.size())) < 0)
+            std::perror("StdoutCapture");
+    }
     std::fflush(stdout);
     dup2(m_savedFd, STDOUT_FILENO);
     close(m_savedFd);
