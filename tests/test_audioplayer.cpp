@@ -21,10 +21,10 @@ QString fixture(const QString& name)
 // A tone with a solid-colour cover when rgb is given; empty if it could not be made.
 QString tone(const QString& name, double seconds = 4.0, std::optional<unsigned> rgb = {})
 {
-    Tone spec(seconds);
-    if (rgb && !makePicture(spec.picturePath = fixture(name + QStringLiteral(".png")), 32, 32, *rgb))
+    Tone wanted(seconds);
+    if (rgb && !makePicture(wanted.picturePath = fixture(name + QStringLiteral(".png")), 32, 32, *rgb))
         return {};
-    return makeTone(fixture(name), spec) ? fixture(name) : QString();
+    return makeTone(fixture(name), wanted) ? fixture(name) : QString();
 }
 
 QUrl url(const QString& path)
