@@ -1,4 +1,3 @@
-#include "pictures.h"
 #include "support/testenvironment.h"
 #include "themes/defaultlayouts.h"
 
@@ -99,48 +98,22 @@ private slots:
         QVERIFY2(changed > normal.width() * normal.height() / 3, qPrintable(QString::number(changed)));
     }
 
-    void everyThemeNameRendersAtLayoutSize()
-    {
-        for (const QString& family : themeFamilyNames()) {
-            for (const QString& colour : themeColourNames()) {
-                const QString theme = family + QLatin1Char('-') + colour;
-                for (const QString& picture : themePictureNames()) {
-                    const QImage image = renderPicture(theme, picture);
-                    QVERIFY2(!image.isNull(), qPrintable(theme + QLatin1Char(' ') + picture));
-                    const QRectF frame = frameOf(layoutOf(theme), picture);
-                    if (frame.width() > 0)
-                        QCOMPARE(image.size(), (frame.size() * 2).toSize());
-                }
-            }
-        }
-        QVERIFY(renderPicture(QStringLiteral("mini-cherry"), QStringLiteral("play")).isNull());
-        QVERIFY(renderPicture(QStringLiteral("mini-lime"), QStringLiteral("stop")).isNull());
-    }
-
-    void scrubberKnobIsHardPixelArt_data()
-    {
-        QTest::addColumn<QImage>("knob");
-        for (const QString& theme : catalogue)
-            QTest::newRow(qPrintable(theme)) << shipped(theme, QStringLiteral("track-scrubber"));
-        for (const QString& colour : themeColourNames())
-            QTest::newRow(qPrintable("neo-" + colour)) << renderPicture("neo-" + colour, "track-scrubber");
-    }
     void scrubberKnobIsHardPixelArt()
     {
-        QFETCH(QImage, knob);
-        const QImage art = knob.convertToFormat(QImage::Format_ARGB32);
-        QVERIFY(!art.isNull());
-        int opaque = 0;
-        for (int y = 0; y < art.height(); ++y) {
-            for (int x = 0; x < art.width(); ++x) {
-                const int alpha = qAlpha(art.pixel(x, y));
-                QVERIFY2(alpha == 0 || alpha == 255, qPrintable(QStringLiteral("alpha %1 at %2,%3").arg(alpha).arg(x).arg(y)));
-                opaque += alpha == 255;
-                // One colour per 2 × 2 block, so that 1.5 times larger gives even 3 × 3 blocks.
-                QCOMPARE(art.pixel(x, y), art.pixel(x & ~1, y & ~1));
+        for (const QString& theme : catalogue) {
+            const QImage art = shipped(theme, QStringLiteral("track-scrubber"));
+            int opaque = 0;
+            for (int y = 0; y < art.height(); ++y) {
+                for (int x = 0; x < art.width(); ++x) {
+                    const int alpha = qAlpha(art.pixel(x, y));
+                    QVERIFY2(alpha == 0 || alpha == 255, qPrintable(QStringLiteral("%1: alpha %2 at %3,%4").arg(theme).arg(alpha).arg(x).arg(y)));
+                    opaque += alpha == 255;
+                    // One colour per 2 × 2 block, so that 1.5 times larger gives even 3 × 3 blocks.
+                    QCOMPARE(art.pixel(x, y), art.pixel(x & ~1, y & ~1));
+                }
             }
+            QVERIFY2(opaque > art.width() * art.height() / 5, qPrintable(theme));
         }
-        QVERIFY(opaque > art.width() * art.height() / 5);
     }
 
     void backgroundsCutCleanly_data()
