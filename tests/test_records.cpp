@@ -1,35 +1,37 @@
 #include "store/jsonwriter.h"
 #include "store/records.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
 #include "themes/defaultlayouts.h"
 #include "themes/themedata.h"
 
-#include <QFile>
 #include <QGuiApplication>
+#include <QSet>
 
 namespace {
 
-QByteArray dataFile(const char* name)
+QByteArray dataFile(const QString& name)
 {
-    QFile file(QFINDTESTDATA(QStringLiteral("data/") + QLatin1String(name)));
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("missing test data %s", name);
-    return file.readAll();
+    return TestFiles::readFile(QFINDTESTDATA(QStringLiteral("data/") + name));
 }
 
-QUuid uuid(const char* text)
-{
-    return QUuid::fromString(QLatin1String(text));
-}
-
-const PlaylistData twoTracks{{{uuid("3f2504e0-4f89-41d3-9a0c-0305e82c3301"), "file:///home/me/Music/My%20Song.mp3",
+const PlaylistData twoTracks{{{QUuid("3f2504e0-4f89-41d3-9a0c-0305e82c3301"), "file:///home/me/Music/My%20Song.mp3",
                                "Tab\there\nnew line", "AC/DC"},
-                              {uuid("a1b2c3d4-e5f6-4711-8899-aabbccddeeff"), "file:///tmp/b.flac", "Track",
+                              {QUuid("a1b2c3d4-e5f6-4711-8899-aabbccddeeff"), "file:///tmp/b.flac", "Track",
                                "Unknown artist"}}};
 const SettingsData defaults{"mini-blueberry", {"nano-tangerine", "neo-lime", "mini-blueberry", "max-graphite"}, true, false, true, false, true, 0, {}};
 const SettingsData unsorted{"neo-lime", {}, false, true, false, true, false, std::nullopt,
-                            {{uuid("3F2504E0-4F89-41D3-9A0C-0305E82C3301"), "Road \"trip\" \\ mix"},
+                            {{QUuid("3F2504E0-4F89-41D3-9A0C-0305E82C3301"), "Road \"trip\" \\ mix"},
                              {QUuid(), "Ünïcödé ♫"}}};
+
+// The decoder's error for bytes of the named file's kind; nothing when they decode.
+std::optional<QString> decodeFailure(const QString& file, const QByteArray& bytes)
+{
+    const auto failure = [](const auto& decoded) { return decoded ? std::nullopt : std::optional(decoded.error); };
+    return file.startsWith(u"settings") ? failure(settingsDataFromJson(bytes))
+        : file.startsWith(u"theme")     ? failure(themeDataFromJson(bytes))
+                                        : failure(playlistDataFromJson(bytes));
+}
 
 } // namespace
 
@@ -39,12 +41,9 @@ class RecordsTest : public QObject
 
 private slots:
     void filesAreWrittenExactlyAndReadBack();
-    void numbersUseTheirShortestExactForm_data();
-    void numbersUseTheirShortestExactForm();
-    void settingsFileIsRejectedWhole_data();
-    void settingsFileIsRejectedWhole();
+    void brokenFilesAreRejectedWhole_data();
+    void brokenFilesAreRejectedWhole();
     void readerIsLenientWhereTheFormatAllows();
-    void tracksAndThemesNeedEveryKey();
 };
 
 void RecordsTest::filesAreWrittenExactlyAndReadBack()
@@ -61,54 +60,62 @@ void RecordsTest::filesAreWrittenExactlyAndReadBack()
     QCOMPARE(*playlistDataFromJson(dataFile("playlist-two-tracks.json")).value, twoTracks);
     for (ThemeFamily family : {ThemeFamily::mini, ThemeFamily::neo, ThemeFamily::max, ThemeFamily::nano})
         QCOMPARE(*themeDataFromJson(toJson(familyLayout(family))).value, familyLayout(family));
+    // Numbers in their shortest exact form.
+    QCOMPARE(jsonNumber(1.0 / 3), QByteArray("0.3333333333333333"));
+    QCOMPARE(jsonNumber(-0.0), QByteArray("0"));
+
+    // A track made in memory gets a fresh random id.
+    const Track a = Track::make("file:///a", "A", "B");
+    QVERIFY(a.id != Track::make("file:///a", "A", "B").id);
+    QCOMPARE(a.id.version(), QUuid::Random);
 }
 
-void RecordsTest::numbersUseTheirShortestExactForm_data()
+void RecordsTest::brokenFilesAreRejectedWhole_data()
 {
-    QTest::addColumn<double>("number");
-    QTest::addColumn<QByteArray>("text");
-    QTest::newRow("whole") << 269.0 << QByteArray("269");
-    QTest::newRow("half") << 9.5 << QByteArray("9.5");
-    QTest::newRow("negative zero") << -0.0 << QByteArray("0");
-    QTest::newRow("third") << 1.0 / 3 << QByteArray("0.3333333333333333");
-}
-
-void RecordsTest::numbersUseTheirShortestExactForm()
-{
-    QFETCH(double, number);
-    QFETCH(QByteArray, text);
-    QCOMPARE(jsonNumber(number), text);
-    QCOMPARE(text.toDouble(), number);
-}
-
-void RecordsTest::settingsFileIsRejectedWhole_data()
-{
+    QTest::addColumn<QString>("file");
     QTest::addColumn<QByteArray>("from");
     QTest::addColumn<QByteArray>("to");
-    for (const char* key : {"currentTheme", "availableThemes", "playsSounds", "superSized", "isFloating",
-                            "shuffleTracks", "loopTracks", "playlists"})
-        QTest::newRow(key) << "\"" + QByteArray(key) + "\" :" << QByteArray("\"renamed\" :");
-    QTest::newRow("bool as string") << QByteArray("true") << QByteArray("\"true\"");
-    QTest::newRow("bool as number") << QByteArray("false") << QByteArray("0");
-    QTest::newRow("theme list holds a number") << QByteArray("\"neo-lime\"") << QByteArray("42");
-    QTest::newRow("fractional index") << QByteArray("\"lastSelectedPlaylistID\" : 0") << QByteArray("\"lastSelectedPlaylistID\" : 0.5");
-    QTest::newRow("id with braces") << QByteArray("\"playlists\" : []")
-                                    << QByteArray(R"("playlists" : [{"id" : "{3F2504E0-4F89-41D3-9A0C-0305E82C3301}", "name" : "n"}])");
-    QTest::newRow("entry is a string") << QByteArray("\"playlists\" : []") << QByteArray("\"playlists\" : [\"x\"]");
-    QTest::newRow("not JSON") << QByteArray("{") << QByteArray("{,");
-    QTest::newRow("an array") << QByteArray("{") << QByteArray("[{");
+    // Every member is required but the settings' selection; a stored track keeps its id.
+    for (const char* file : {"settings-defaults.json", "theme-mini.json", "playlist-two-tracks.json"}) {
+        QSet<QByteArray> keys;
+        for (const QByteArray& line : dataFile(file).split('\n')) {
+            const QByteArray key = line.left(line.indexOf("\" :") + 3).trimmed();
+            if (key.size() > 3 && !key.contains("lastSelectedPlaylistID") && !keys.contains(key)) {
+                keys.insert(key);
+                QTest::addRow("%s %s", file, key.constData()) << file << key << QByteArray("\"renamed\" :");
+            }
+        }
+    }
+    const auto row = [](const char* name, const char* file, const char* from, const char* to) {
+        QTest::newRow(name) << QString::fromLatin1(file) << QByteArray(from) << QByteArray(to);
+    };
+    const char* settings = "settings-defaults.json";
+    const char* theme = "theme-mini.json";
+    row("bool as string", settings, "true", "\"true\"");
+    row("theme list holds a number", settings, "\"neo-lime\"", "42");
+    row("fractional index", settings, "\"lastSelectedPlaylistID\" : 0", "\"lastSelectedPlaylistID\" : 0.5");
+    row("id with braces", settings, "\"playlists\" : []",
+        R"("playlists" : [{"id" : "{3F2504E0-4F89-41D3-9A0C-0305E82C3301}", "name" : "n"}])");
+    row("entry is a string", settings, "\"playlists\" : []", "\"playlists\" : [\"x\"]");
+    row("not JSON", settings, "{", "{,");
+    row("an array", settings, "{", "[{");
+    row("fractional text size", theme, "\"trackTextSize\" : 10", "\"trackTextSize\" : 10.5");
+    row("text size beyond int", theme, "\"trackTextSize\" : 10", "\"trackTextSize\" : 99999999999");
+    row("flag as number", theme, "\"textReversed\" : true", "\"textReversed\" : 1");
+    row("width as string", theme, "\"playerWidth\" : 269", "\"playerWidth\" : \"269\"");
 }
 
-void RecordsTest::settingsFileIsRejectedWhole()
+void RecordsTest::brokenFilesAreRejectedWhole()
 {
+    QFETCH(QString, file);
     QFETCH(QByteArray, from);
     QFETCH(QByteArray, to);
-    QByteArray bytes = dataFile("settings-defaults.json");
+    QByteArray bytes = dataFile(file);
     QVERIFY(bytes.contains(from));
-    const auto decoded = settingsDataFromJson(bytes.replace(from, to));
-    QVERIFY(!decoded);
-    if (from.endsWith(" :")) // a missing key is named
-        QVERIFY2(decoded.error.contains(QString::fromLatin1(from.mid(1, from.size() - 4))), qPrintable(decoded.error));
+    const std::optional<QString> error = decodeFailure(file, bytes.replace(from, to));
+    QVERIFY(error);
+    if (to == "\"renamed\" :") // a missing key is named
+        QVERIFY2(error->contains(QString::fromLatin1(from.mid(1, from.size() - 4))), qPrintable(*error));
 }
 
 void RecordsTest::readerIsLenientWhereTheFormatAllows()
@@ -120,40 +127,13 @@ void RecordsTest::readerIsLenientWhereTheFormatAllows()
         R"("playlists":[{"id":"3f2504e0-4f89-41d3-9a0c-0305e82c3301","name":"a","x":1}]})");
     QVERIFY2(compact, qPrintable(compact.error));
     QVERIFY(!compact.value->lastSelectedPlaylistID);
-    QCOMPARE(compact.value->playlists.first().id, uuid("3F2504E0-4F89-41D3-9A0C-0305E82C3301"));
+    QCOMPARE(compact.value->playlists.first().id, QUuid("3F2504E0-4F89-41D3-9A0C-0305E82C3301"));
 
     // An absent selection decodes; a large index keeps every bit.
     QByteArray bytes = dataFile("settings-defaults.json");
     QVERIFY(settingsDataFromJson(QByteArray(bytes).replace("\"lastSelectedPlaylistID\" : 0,", "")));
     bytes.replace("\"lastSelectedPlaylistID\" : 0", "\"lastSelectedPlaylistID\" : 9007199254740993");
     QCOMPARE(settingsDataFromJson(bytes).value->lastSelectedPlaylistID, 9007199254740993LL);
-}
-
-void RecordsTest::tracksAndThemesNeedEveryKey()
-{
-    QByteArray noId = dataFile("playlist-two-tracks.json");
-    noId.replace("\"id\" : \"A1B2C3D4-E5F6-4711-8899-AABBCCDDEEFF\",", "");
-    QVERIFY(!playlistDataFromJson(noId)); // a stored track keeps its id; none is made up
-    QVERIFY(!playlistDataFromJson("{}"));
-
-    const QByteArray theme = dataFile("theme-mini.json");
-    const QStringList members = QString::fromUtf8(theme).split(QLatin1Char('\n')).filter(QLatin1String(" : "));
-    QCOMPARE(members.size(), 50);
-    for (const QString& line : members) {
-        QByteArray without = theme;
-        without.replace(line.toUtf8(), "  \"ignored\" : 1" + QByteArray(line.endsWith(QLatin1Char(',')) ? "," : ""));
-        QVERIFY2(!themeDataFromJson(without), qPrintable(line));
-    }
-    for (const auto& [from, to] : {std::pair{"\"trackTextSize\" : 10", "\"trackTextSize\" : 10.5"},
-                                   std::pair{"\"trackTextSize\" : 10", "\"trackTextSize\" : 99999999999"},
-                                   std::pair{"\"textReversed\" : true", "\"textReversed\" : 1"},
-                                   std::pair{"\"playerWidth\" : 269", "\"playerWidth\" : \"269\""}})
-        QVERIFY2(!themeDataFromJson(QByteArray(theme).replace(from, to)), to);
-
-    // A track made in memory gets a fresh random id.
-    const Track a = Track::make("file:///a", "A", "B");
-    QVERIFY(a.id != Track::make("file:///a", "A", "B").id);
-    QCOMPARE(a.id.version(), QUuid::Random);
 }
 
 PLINK_TEST_MAIN_WITH(QGuiApplication, RecordsTest)
