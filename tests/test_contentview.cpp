@@ -5,6 +5,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QMenu>
+#include <QPaintEvent>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
@@ -119,6 +120,33 @@ private slots:
         QVERIFY(shows(thumbMiddle, "track-scrubber"));
         click(Element::playPause);
         QVERIFY(!player().isPlaying() && shows(thumbMiddle, "player"));
+    }
+
+    // Playing must stay cheap: a progress tick repaints the thumb's old and
+    // new places, never the whole skin.
+    void aTickRepaintsOnlyAroundTheThumb()
+    {
+        makeView();
+        m_rig->transport.playPausePressed();
+        QTest::qWait(300);
+        struct PaintRecorder : QObject {
+            QList<QRect> rects;
+            bool eventFilter(QObject*, QEvent* event) override
+            {
+                if (event->type() == QEvent::Paint)
+                    rects += QList<QRect>(static_cast<QPaintEvent*>(event)->region().begin(), static_cast<QPaintEvent*>(event)->region().end());
+                return false;
+            }
+        } recorder;
+        m_view->installEventFilter(&recorder);
+        QTest::qWait(500);
+        QVERIFY(!recorder.rects.isEmpty());
+        const ThemeData theme = config().geometry();
+        const double y = scrubBounds(theme, 1).y;
+        for (const QRect& rect : recorder.rects) {
+            QVERIFY2(rect.width() <= 2 * (theme.scrubberWidth + 2) + 1, qPrintable(QStringLiteral("%1 wide").arg(rect.width())));
+            QVERIFY(rect.top() >= y - theme.scrubberHeight / 2 - 2 && rect.bottom() <= y + theme.scrubberHeight / 2 + 2);
+        }
     }
 
     void scrubDragSeeksWithinTheScaledBar()
