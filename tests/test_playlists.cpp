@@ -18,18 +18,6 @@ QString playlistsFolder()
     return TestEnvironment::documents() + QStringLiteral("/plinkBox-1/Playlists");
 }
 
-void makeFile(const QString& path, const QByteArray& bytes = {})
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
-QList<Playlist> storedCatalogue()
-{
-    return settingsDataFromJson(readFile(settingsPath())).value.value_or(SettingsData{}).playlists;
-}
-
 } // namespace
 
 class PlaylistsTest : public QObject
@@ -42,8 +30,7 @@ private slots:
     void createdPlaylistsAreAppendedWrittenAndSaved();
     void deletingGoesByIdAndNeverEmptiesTheCatalogue();
     void anExistingPlaylistsFolderIsLeftAlone();
-    void trackWritesAreAtomicAndReportedWithTheirWording();
-    void currentTracksAreReadAfreshAndKeptInRange();
+    void tracksAreReadAfreshAndTheIndexKeptInRange();
 };
 
 void PlaylistsTest::createdPlaylistsAreAppendedWrittenAndSaved()
@@ -58,10 +45,9 @@ void PlaylistsTest::createdPlaylistsAreAppendedWrittenAndSaved()
     QCOMPARE(config.currentPlaylistIndex(), 3); // not touched
     const Playlist added = config.playlists().last();
     QCOMPARE(added.name, QStringLiteral("Untitled"));
-    QVERIFY(added.id != config.playlists().first().id);
     QCOMPARE(config.playlistFileURL(added.id), playlistsFolder() + QLatin1Char('/') + uuidText(added.id) + QStringLiteral(".json"));
     QCOMPARE(readFile(config.playlistFileURL(added.id)), QByteArray("{\n  \"tracks\" : []\n}"));
-    QCOMPARE(storedCatalogue(), config.playlists());
+    QCOMPARE(storedSettings().playlists, config.playlists());
 }
 
 void PlaylistsTest::deletingGoesByIdAndNeverEmptiesTheCatalogue()
@@ -69,12 +55,12 @@ void PlaylistsTest::deletingGoesByIdAndNeverEmptiesTheCatalogue()
     Config config;
     const Playlist only = config.playlists().first();
     config.deletePlaylist(only.id);
+    const Playlist fresh = config.playlists().value(0);
     QCOMPARE(config.playlists().size(), 1);
-    const Playlist fresh = config.playlists().first();
     QVERIFY(fresh.id != only.id);
     QVERIFY(!QFile::exists(config.playlistFileURL(only.id)));
     QVERIFY(QFile::exists(config.playlistFileURL(fresh.id)));
-    QCOMPARE(storedCatalogue(), QList<Playlist>{fresh});
+    QCOMPARE(storedSettings().playlists, QList<Playlist>{fresh});
 
     // Same names, different ids: only the one asked for goes.
     config.createPlaylist();
@@ -87,7 +73,7 @@ void PlaylistsTest::deletingGoesByIdAndNeverEmptiesTheCatalogue()
 
     // An unknown id: its stray file goes, nothing else changes and nothing is saved.
     const QUuid stray = QUuid::createUuid();
-    makeFile(config.playlistFileURL(stray));
+    QVERIFY(writeFile(config.playlistFileURL(stray), {}));
     QFile::remove(settingsPath());
     QSignalSpy spy(&config, &Config::changed);
     config.deletePlaylist(stray);
@@ -95,14 +81,11 @@ void PlaylistsTest::deletingGoesByIdAndNeverEmptiesTheCatalogue()
     QVERIFY(!QFile::exists(settingsPath()));
     QCOMPARE(spy.count(), 0);
 
-    // A file that cannot be removed is reported; the entry still goes.
+    // A file that cannot be removed (its message is checked with the other faults): the entry still goes.
     QFile::remove(config.playlistFileURL(three.at(2).id));
     QDir().mkpath(config.playlistFileURL(three.at(2).id));
-    StdoutCapture out;
     config.deletePlaylist(three.at(2).id);
-    QCOMPARE(out.lines().size(), 1);
-    QVERIFY(out.lines().first().startsWith(QStringLiteral("Failed to delete playlist file: ")));
-    QCOMPARE(config.playlists(), QList<Playlist>{three.at(0)});
+    QCOMPARE(storedSettings().playlists, QList<Playlist>{three.at(0)});
 }
 
 void PlaylistsTest::anExistingPlaylistsFolderIsLeftAlone()
@@ -112,34 +95,16 @@ void PlaylistsTest::anExistingPlaylistsFolderIsLeftAlone()
     QVERIFY(QDir(playlistsFolder()).entryList(QDir::Files).isEmpty());
 }
 
-void PlaylistsTest::trackWritesAreAtomicAndReportedWithTheirWording()
+void PlaylistsTest::tracksAreReadAfreshAndTheIndexKeptInRange()
 {
     Config config;
     const QUuid id = config.playlists().first().id;
+    QCOMPARE(config.currentPlaylistTracks(), std::optional(QList<Track>{}));
     const QList<Track> tracks{Track::make("file:///a.mp3", "A", "X"), Track::make("file:///b.mp3", "B", "Y")};
     config.writePlaylistTracks(id, tracks);
-    QCOMPARE(config.readPlaylistTracks(id), std::optional<QList<Track>>(tracks));
+    QCOMPARE(config.currentPlaylistTracks(), std::optional(tracks));
     QCOMPARE(QDir(playlistsFolder()).entryList(QDir::Files).size(), 1); // no temporary left behind
-
-    // A failed write leaves the old file whole: the folder is moved away and a file stands in its place.
-    const QByteArray before = readFile(config.playlistFileURL(id));
-    QDir().rename(playlistsFolder(), playlistsFolder() + QStringLiteral("-moved"));
-    makeFile(playlistsFolder());
-    StdoutCapture out;
-    config.writePlaylistTracks(id, {});
-    QCOMPARE(out.lines().size(), 1);
-    QVERIFY(out.lines().first().startsWith(QStringLiteral("Failed to write theme.json: ")));
-    QCOMPARE(readFile(playlistsFolder() + QStringLiteral("-moved/") + uuidText(id) + QStringLiteral(".json")), before);
-}
-
-void PlaylistsTest::currentTracksAreReadAfreshAndKeptInRange()
-{
-    Config config;
-    const QUuid id = config.playlists().first().id;
-    QCOMPARE(config.currentPlaylistTracks()->size(), 0);
-    config.writePlaylistTracks(id, {Track::make("file:///a.mp3", "A", "X")});
-    QCOMPARE(config.currentPlaylistTracks()->size(), 1);
-    makeFile(config.playlistFileURL(id), "{\"tracks\" : [{}]}");
+    QVERIFY(writeFile(config.playlistFileURL(id), "{\"tracks\" : [{}]}"));
     StdoutCapture out;
     QVERIFY(!config.currentPlaylistTracks());
     QCOMPARE(out.lines().size(), 1);
