@@ -5,7 +5,6 @@
 #include "support/testenvironment.h"
 #include "support/testfiles.h"
 
-#include <QFile>
 #include <QGuiApplication>
 #include <QMediaPlayer>
 #include <QSignalSpy>
@@ -45,8 +44,9 @@ private slots:
     void init() { TestEnvironment::wipeHome(); }
 
     // Heard while playing, silent once paused (timer kept, no tick changes
-    // anything); the same file resumes without a reload; stop rewinds and
-    // ends the timer, and play then starts from the top.
+    // anything); seeks are clamped and shown at once; the same file resumes
+    // without a reload; stop rewinds and ends the timer, and play then starts
+    // from the top.
     void playPauseResumeAndStop()
     {
         if (MonitorRecorder::source().isEmpty())
@@ -56,6 +56,8 @@ private slots:
         QVERIFY(!path.isEmpty() && recorder.start());
         AudioPlayer player;
         player.stop(); // nothing open: safe
+        player.seek(0.5); // nothing open: no effect
+        QCOMPARE(player.progress(), 0.0);
         const double playFrom = recorder.seconds();
         QVERIFY(!player.play(url(path)));
         QTest::qWait(2500);
@@ -74,6 +76,13 @@ private slots:
         QVERIFY2(heard > 0.04, qPrintable(QString::number(heard)));
         const double paused = recorder.level(pauseFrom + 0.5, recorder.seconds());
         QVERIFY2(paused < 0.005, qPrintable(QString::number(paused)));
+        for (const auto& [fraction, expected] : {std::pair{1.5, 1.0}, {-0.2, 0.0}, {0.5, 0.5}}) {
+            player.seek(fraction);
+            QCOMPARE(player.progress(), expected);
+            QTRY_VERIFY(qAbs(double(player.player()->position()) - expected * 8000) < 100);
+            player.tick(); // does not pull the scrub bar back
+            QVERIFY(qAbs(player.progress() - expected) < 0.03);
+        }
 
         const QMediaPlayer* opened = player.player();
         const qint64 position = opened->position();
@@ -110,31 +119,17 @@ private slots:
         QCOMPARE(output.lines(), QStringList());
     }
 
-    void seekIsClampedAndShownAtOnce()
+    // Missing and refused files leave the playing track as it is and print
+    // nothing (reporting them is the caller's). A natural end calls
+    // onTrackFinished once, also for a replay of the ended track; a corrupt
+    // file that "ends" at its start fails instead, so an owner that plays the
+    // next track on each end does not spin through broken files.
+    void failuresAndEndsOfTracks()
     {
-        AudioPlayer player;
-        player.seek(0.5); // nothing open: no effect
-        QCOMPARE(player.progress(), 0.0);
-        QVERIFY(!player.play(url(tone(QStringLiteral("tone.mp3")))));
-        QTest::qWait(300);
-        player.pause();
-        for (const auto& [fraction, expected] : {std::pair{0.5, 0.5}, {-0.2, 0.0}, {1.5, 1.0}}) {
-            player.seek(fraction);
-            QCOMPARE(player.progress(), expected);
-            QTRY_VERIFY(qAbs(double(player.player()->position()) - expected * 4000) < 100);
-            player.tick(); // does not pull the scrub bar back
-            QVERIFY(qAbs(player.progress() - expected) < 0.03);
-        }
-    }
-
-    // A natural end calls onTrackFinished once, also for a replay of the ended
-    // track. A corrupt file that "ends" at its start fails instead, so an owner
-    // that plays the next track on each end does not spin through broken files.
-    void endOfTrackAndEndAtStart()
-    {
-        const QString path = tone(QStringLiteral("short.m4a"), 1.0);
-        const QString noise = TestEnvironment::documents() + QStringLiteral("/noise.mp3");
-        QVERIFY(!path.isEmpty() && writeRandomBytes(noise, 200 * 1024));
+        const QString documents = TestEnvironment::documents(), path = tone(QStringLiteral("short.m4a"), 2.0);
+        const QString text = documents + QStringLiteral("/notes.m4a"), noise = documents + QStringLiteral("/noise.mp3");
+        QVERIFY(!path.isEmpty() && TestFiles::writeFile(text, "these are words, not sound\n"));
+        QVERIFY(writeRandomBytes(noise, 200 * 1024));
         AudioPlayer player;
         int finished = 0;
         bool playingWhenCalled = true;
@@ -146,12 +141,27 @@ private slots:
         QSignalSpy failures(&player, &AudioPlayer::playFailed);
         StdoutCapture output;
         QVERIFY(!player.play(url(path)));
+        QTRY_VERIFY(player.duration() > 0);
+        const double duration = player.duration();
+        QSignalSpy players(&player, &AudioPlayer::playerChanged);
+        const QString gone = documents + QStringLiteral("/gone.mp3");
+        for (const QUrl& missing : {url(gone), QUrl(gone), url(documents)}) {
+            const PlayError error = player.play(missing).value_or(PlayError());
+            QCOMPARE(error.domain, QStringLiteral("AudioPlayer"));
+            QCOMPARE(error.code, -1);
+            QCOMPARE(error.description, QStringLiteral("File does not exist"));
+        }
+        const std::optional<PlayError> error = player.play(url(text));
+        QVERIFY(error && error->domain != QLatin1String("AudioPlayer") && !error->description.isEmpty());
+        QCOMPARE(player.currentUrl(), url(path));
+        QCOMPARE(player.duration(), duration);
+        QVERIFY(player.isPlaying() && players.isEmpty());
+
         QTRY_COMPARE_WITH_TIMEOUT(finished, 1, 4000);
         QVERIFY(!playingWhenCalled && player.hasTimer());
         QTest::qWait(300);
         QCOMPARE(finished, 1);
         QCOMPARE(output.lines(), QStringList());
-
         QVERIFY(!player.play(url(path)));
         QTRY_COMPARE_WITH_TIMEOUT(finished, 2, 4000);
         QTest::qWait(1500); // a broken file must not "finish" and advance again
@@ -163,37 +173,6 @@ private slots:
             QVERIFY(output.lines().first().startsWith(QStringLiteral("Error: Could not play ") + noise +
                                                       QStringLiteral(". Error: ")));
         }
-    }
-
-    // Missing files and refused ones leave the playing track as it is, and
-    // print nothing: reporting them is the caller's.
-    void refusedFileKeepsThePreviousTrackAndDeletedOneStops()
-    {
-        const QString path = tone(QStringLiteral("tone.mp3"));
-        const QString text = TestEnvironment::documents() + QStringLiteral("/notes.m4a");
-        QVERIFY(TestFiles::writeFile(text, "these are words, not sound\n"));
-        AudioPlayer player;
-        QVERIFY(!player.play(url(path)));
-        QTRY_VERIFY(player.duration() > 0);
-        const double duration = player.duration();
-        QSignalSpy players(&player, &AudioPlayer::playerChanged);
-        StdoutCapture output;
-        const QString gone = TestEnvironment::documents() + QStringLiteral("/gone.mp3");
-        for (const QUrl& missing : {url(gone), QUrl(gone), url(TestEnvironment::documents())}) {
-            const PlayError error = player.play(missing).value_or(PlayError());
-            QCOMPARE(error.domain, QStringLiteral("AudioPlayer"));
-            QCOMPARE(error.code, -1);
-            QCOMPARE(error.description, QStringLiteral("File does not exist"));
-        }
-        const std::optional<PlayError> error = player.play(url(text));
-        QVERIFY(error && error->domain != QLatin1String("AudioPlayer") && !error->description.isEmpty());
-        QCOMPARE(player.currentUrl(), url(path));
-        QCOMPARE(player.duration(), duration);
-        QVERIFY(player.isPlaying() && players.isEmpty());
-        QCOMPARE(output.lines(), QStringList());
-
-        QVERIFY(QFile::remove(path)); // deleted while playing
-        QTRY_VERIFY_WITH_TIMEOUT(!player.isPlaying(), 8000);
     }
 
     void latePictureOfAnotherFileIsDropped()
