@@ -80,8 +80,6 @@ public:
 private:
     void setWritable(bool writable)
     {
-        constexpr QFileDevice::Permissions write = QFileDevice::WriteOwner | QFileDevice::WriteUser
-            | QFileDevice::WriteGroup | QFileDevice::WriteOther;
         QStringList paths{m_folder};
         for (QDirIterator it(m_folder, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden,
                              QDirIterator::Subdirectories);
@@ -89,7 +87,8 @@ private:
             paths.append(it.next());
         for (const QString& path : std::as_const(paths)) {
             const QFileDevice::Permissions now = QFile::permissions(path);
-            QFile::setPermissions(path, writable ? now | QFileDevice::WriteOwner | QFileDevice::WriteUser : now & ~write);
+            QFile::setPermissions(path, writable ? now | QFileDevice::WriteOwner : now & ~(QFileDevice::WriteOwner | QFileDevice::WriteUser
+                                                                         | QFileDevice::WriteGroup | QFileDevice::WriteOther));
         }
     }
 
@@ -218,8 +217,7 @@ void FaultMatrixStoreTest::fullDiskFailsWritesAndKeepsTheOldFiles()
     const QStringList playlistFolderBefore = QFileInfo(playlist).dir().entryList(QDir::AllEntries | QDir::Hidden);
     // Both new files are several times larger than the room that is left.
     QList<Playlist> catalogue = config.playlists();
-    for (int i = 0; i < 400; ++i)
-        catalogue.append({QUuid::createUuid(), QStringLiteral("Playlist number %1").arg(i)});
+    catalogue.last().name = QString(64 * 1024, u'x');
     config.setPlaylists(catalogue);
 
     rlimit saved {};
