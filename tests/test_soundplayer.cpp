@@ -53,11 +53,12 @@ private slots:
         for (const char* name : {"drag", "pop", "click", "min"}) {
             sounds.playSound(QString::fromLatin1(name));
             QCOMPARE(sounds.player()->playbackState(), QMediaPlayer::PlayingState);
+            if (!played.isEmpty())
+                QCOMPARE(played.last()->playbackState(), QMediaPlayer::StoppedState);
             played.append(sounds.player());
         }
         QTRY_COMPARE(played.last()->mediaStatus(), QMediaPlayer::EndOfMedia);
-        for (QMediaPlayer* stopped : played.first(3))
-            QVERIFY(stopped->playbackState() == QMediaPlayer::StoppedState && stopped->mediaStatus() != QMediaPlayer::EndOfMedia);
+        QVERIFY(played.first()->mediaStatus() != QMediaPlayer::EndOfMedia); // "drag" was cut short
         // In full, "min" measures ~0.007 and "drag" ~0.003, a lost sound under
         // 0.0005. (The 40-ms click is too short for the monitor to catch.)
         for (const char* name : {"min", "drag", "min", "drag"}) {
