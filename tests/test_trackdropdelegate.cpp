@@ -32,6 +32,7 @@ void TrackDropDelegateTest::draggedRowLandsOnTheEnteredRowAndDropCommitsOnce_dat
     QTest::newRow("dragged row gone") << "elsewhere" << "T1" << false << unchanged;
     QTest::newRow("target row gone") << "T1" << "elsewhere" << false << unchanged;
     // Coming from above it goes below the entered row, from below above it.
+    QTest::newRow("down by one") << "T1" << "twin" << false << QStringList{"twin", "T1", "T3", "twin"};
     QTest::newRow("down by two") << "T1" << "T3" << true << QStringList{"twin", "T3", "T1", "twin"};
     QTest::newRow("up by two") << "T3" << "T1" << true << QStringList{"T3", "T1", "twin", "twin"};
     QTest::newRow("equal tracks move the first") << "twin" << "T1" << false << QStringList{"twin", "T1", "T3", "twin"};
