@@ -18,8 +18,7 @@ class ConfigTest : public QObject
 private slots:
     void init() { TestEnvironment::wipeHome(); }
 
-    void firstStartWritesDefaultsThemesAndOnePlaylist();
-    void laterStartLoadsSettingsAndTheme();
+    void firstStartWritesDefaultsAndLaterStartsLoadThem();
     void changesNotifyOnlyWhenRealAndFailedLoadsKeepMemory();
     void brokenSettingsAreReplacedButKept_data();
     void brokenSettingsAreReplacedButKept();
@@ -27,25 +26,17 @@ private slots:
     void executableStopsWithoutDocuments();
 };
 
-void ConfigTest::firstStartWritesDefaultsThemesAndOnePlaylist()
-{
-    StdoutCapture out;
-    Config config;
-    QCOMPARE(out.lines(), QStringList{QStringLiteral("New playlist written successfully.")});
-    QCOMPARE(config.trackTextSize(), 9); // the store's own defaults, not the mini layout's 10
-    QCOMPARE(config.playlists().size(), 1);
-    QCOMPARE(config.playlists().first().name, QStringLiteral("Untitled"));
-    const SettingsData expected{"mini-blueberry", {"nano-tangerine", "neo-lime", "mini-blueberry", "max-graphite"},
-                                true, false, true, false, true, 0, config.playlists()};
-    QCOMPARE(storedSettings(), expected);
-    for (const QString& theme : expected.availableThemes)
-        QVERIFY(QFile::exists(config.themesFolder() + QLatin1Char('/') + theme + QStringLiteral("/theme.json")));
-}
-
-void ConfigTest::laterStartLoadsSettingsAndTheme()
+void ConfigTest::firstStartWritesDefaultsAndLaterStartsLoadThem()
 {
     {
         Config config;
+        QCOMPARE(config.trackTextSize(), 9); // the store's own defaults, not the mini layout's 10
+        QCOMPARE(config.playlists().size(), 1);
+        const SettingsData expected{"mini-blueberry", {"nano-tangerine", "neo-lime", "mini-blueberry", "max-graphite"},
+                                    true, false, true, false, true, 0, config.playlists()};
+        QCOMPARE(storedSettings(), expected);
+        for (const QString& theme : expected.availableThemes)
+            QVERIFY(QFile::exists(config.themesFolder() + QLatin1Char('/') + theme + QStringLiteral("/theme.json")));
         config.createPlaylist();
         config.createPlaylist();
         config.setCurrentTheme(QStringLiteral("neo-lime"));

@@ -45,7 +45,6 @@ void ConfigThemesTest::defaultLayoutDependsOnTheExactName_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("family"); // -1: the store's present geometry
-    QTest::newRow("mini-graphite") << "mini-graphite" << int(ThemeFamily::mini);
     QTest::newRow("neo-yuzu") << "neo-yuzu" << int(ThemeFamily::neo);
     QTest::newRow("nano-strawberry") << "nano-strawberry" << int(ThemeFamily::nano);
     QTest::newRow("capital letter") << "Neo-yuzu" << -1;

@@ -97,7 +97,6 @@ void GeneralSettingsViewTest::windowsThemeChoiceSavesThenLoadsUnlessAlreadyCurre
     QCOMPARE(tabs->count(), 2);
     QCOMPARE((QStringList{tabs->tabText(0), tabs->tabText(1)}), (QStringList{"General", "Playlists"}));
     auto* picker = window.findChild<QComboBox*>("themePicker");
-    QCOMPARE(picker->currentText(), config.currentTheme());
 
     QFile::remove(settingsPath());
     QSignalSpy changes(&config, &Config::changed);

@@ -56,7 +56,6 @@ void SequencingTest::movesFollowLoopAndShuffleRules_data()
     QTest::newRow("previous ignores shuffle") << false << 3 << 2 << false << true << 1;
     QTest::newRow("previous far beyond a shrunk list") << false << 3 << 11 << false << false << 1;
     QTest::newRow("next in an empty playlist") << true << 0 << 2 << true << true << 2;
-    QTest::newRow("previous in an empty playlist") << false << 0 << 2 << false << false << 2;
     QTest::newRow("next without a playlist file") << true << -1 << 2 << true << false << 2;
     QTest::newRow("previous without a playlist file") << false << -1 << 2 << false << false << 2;
 }
