@@ -111,12 +111,10 @@ private slots:
     {
         QFETCH(QString, name);
         AudioPlayer player;
-        StdoutCapture output;
         QVERIFY(!player.play(url(tone(name, 2.0))));
         QTRY_VERIFY(qAbs(player.duration() - 2.0) < 0.1);
         QTRY_VERIFY_WITH_TIMEOUT(player.progress() > 0.2, 3000);
         QVERIFY(player.isPlaying());
-        QCOMPARE(output.lines(), QStringList());
     }
 
     // Missing and refused files leave the playing track as it is and print

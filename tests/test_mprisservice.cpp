@@ -72,12 +72,6 @@ private slots:
         QVERIFY(m_service->registerOnSessionBus());
     }
 
-    void cleanupTestCase()
-    {
-        m_service.reset();
-        m_transport.reset();
-        m_audioPlayer.reset();
-    }
 
     void reportsStateAndMetadata()
     {
