@@ -29,13 +29,16 @@ private slots:
 
     void createdPlaylistsAreAppendedWrittenAndSaved();
     void deletingGoesByIdAndNeverEmptiesTheCatalogue();
-    void anExistingPlaylistsFolderIsLeftAlone();
     void tracksAreReadAfreshAndTheIndexKeptInRange();
 };
 
 void PlaylistsTest::createdPlaylistsAreAppendedWrittenAndSaved()
 {
+    QDir().mkpath(playlistsFolder()); // there but empty: a start makes no playlist
     Config config;
+    QVERIFY(config.playlists().isEmpty());
+    QVERIFY(QDir(playlistsFolder()).entryList(QDir::Files).isEmpty());
+    config.createPlaylist();
     config.setLastSelectedPlaylistID(5);
     config.setCurrentPlaylistIndex(3);
     StdoutCapture out;
@@ -43,7 +46,7 @@ void PlaylistsTest::createdPlaylistsAreAppendedWrittenAndSaved()
     QCOMPARE(out.lines(), QStringList{QStringLiteral("New playlist written successfully.")});
     QCOMPARE(config.lastSelectedPlaylistID(), 0);
     QCOMPARE(config.currentPlaylistIndex(), 3); // not touched
-    const Playlist added = config.playlists().last();
+    const Playlist added = config.playlists().value(1);
     QCOMPARE(added.name, QStringLiteral("Untitled"));
     QCOMPARE(config.playlistFileURL(added.id), playlistsFolder() + QLatin1Char('/') + uuidText(added.id) + QStringLiteral(".json"));
     QCOMPARE(readFile(config.playlistFileURL(added.id)), QByteArray("{\n  \"tracks\" : []\n}"));
@@ -86,13 +89,6 @@ void PlaylistsTest::deletingGoesByIdAndNeverEmptiesTheCatalogue()
     QDir().mkpath(config.playlistFileURL(three.at(2).id));
     config.deletePlaylist(three.at(2).id);
     QCOMPARE(storedSettings().playlists, QList<Playlist>{three.at(0)});
-}
-
-void PlaylistsTest::anExistingPlaylistsFolderIsLeftAlone()
-{
-    QDir().mkpath(playlistsFolder());
-    QVERIFY(Config().playlists().isEmpty());
-    QVERIFY(QDir(playlistsFolder()).entryList(QDir::Files).isEmpty());
 }
 
 void PlaylistsTest::tracksAreReadAfreshAndTheIndexKeptInRange()
