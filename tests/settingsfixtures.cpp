@@ -1,7 +1,5 @@
 #include "settingsfixtures.h"
 
-#include "support/testenvironment.h"
-
 #include <QFile>
 #include <QProcess>
 
@@ -37,19 +35,6 @@ QStringList names(const QList<Track>& tracks)
     for (const Track& entry : tracks)
         result.append(entry.trackName);
     return result;
-}
-
-QString settingsPath()
-{
-    return TestEnvironment::documents() + QStringLiteral("/plinkBox-1/plinkBox-settings.json");
-}
-
-SettingsData storedSettings()
-{
-    QFile file(settingsPath());
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return settingsDataFromJson(file.readAll()).value.value_or(SettingsData{});
 }
 
 FileWrites::FileWrites(const QString& folder)

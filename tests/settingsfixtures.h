@@ -14,8 +14,6 @@ bool makeMp3(const QString& path, const QString& title = {}, const QString& arti
 
 Track track(const QString& name); // by "Band", at file:///music/<name>.mp3
 QStringList names(const QList<Track>& tracks);
-QString settingsPath();
-SettingsData storedSettings(); // as last written; empty when there is no file
 
 // Counts the completed writes of the files in one folder as inotify reports
 // them: a plain write when the file is closed, an atomic one when renamed in.

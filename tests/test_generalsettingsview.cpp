@@ -3,6 +3,7 @@
 #include "settingsfixtures.h"
 #include "store/config.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
 #include "themes/defaultlayouts.h"
 #include "themes/themedata.h"
 
@@ -15,6 +16,8 @@
 #include <QTabWidget>
 
 using namespace SettingsFixtures;
+using TestFiles::settingsPath;
+using TestFiles::storedSettings;
 
 namespace {
 

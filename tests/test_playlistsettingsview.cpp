@@ -19,6 +19,8 @@
 #include <QTimer>
 
 using namespace SettingsFixtures;
+using TestFiles::settingsPath;
+using TestFiles::storedSettings;
 
 namespace {
 
