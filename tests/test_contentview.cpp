@@ -4,6 +4,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QMediaPlayer>
 #include <QMenu>
 #include <QPaintEvent>
 #include <QSignalSpy>
@@ -147,6 +148,17 @@ private slots:
             QVERIFY2(rect.width() <= 2 * (theme.scrubberWidth + 2) + 1, qPrintable(QStringLiteral("%1 wide").arg(rect.width())));
             QVERIFY(rect.top() >= y - theme.scrubberHeight / 2 - 2 && rect.bottom() <= y + theme.scrubberHeight / 2 + 2);
         }
+
+        // A thumb that stays on the same pixels is not repainted; one that leaves them is.
+        player().player()->pause(); // holds the position; the view still shows the thumb
+        player().seek(0.5);
+        QTest::qWait(300);
+        recorder.rects.clear();
+        player().seek(0.501);
+        QTest::qWait(300);
+        QVERIFY(recorder.rects.isEmpty());
+        player().seek(0.6);
+        QTRY_VERIFY(!recorder.rects.isEmpty());
     }
 
     void scrubDragSeeksWithinTheScaledBar()

@@ -26,6 +26,13 @@ bool onWayland()
     return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
+// A rectangle in the device pixels it covers.
+QRect devicePixels(const QRectF& box, qreal ratio)
+{
+    return QRect(qRound(box.x() * ratio), qRound(box.y() * ratio), qRound(box.width() * ratio),
+                 qRound(box.height() * ratio));
+}
+
 } // namespace
 
 ContentView::ContentView(Config& config, AudioPlayer& audioPlayer, Transport& transport, QWidget* parent)
@@ -135,12 +142,17 @@ void ContentView::onPlayingChanged()
 
 void ContentView::onProgressChanged()
 {
-    // Only the thumb moves: repaint where it was and where it is now.
+    // Only the thumb moves: repaint where it was and where it is now, and
+    // only once it reaches other pixels (in a long track that is about once
+    // a second, not at every tick).
     m_scrubBar->showProgress(m_audioPlayer.progress());
     if (!m_audioPlayer.isPlaying() || m_isDragging)
         return;
+    const QRectF thumb = currentThumbRect();
+    if (devicePixels(thumb, devicePixelRatioF()) == devicePixels(m_drawnThumb, devicePixelRatioF()))
+        return;
     repaintThumb(m_drawnThumb);
-    repaintThumb(currentThumbRect());
+    repaintThumb(thumb);
 }
 
 void ContentView::repaintThumb(const QRectF& box)
