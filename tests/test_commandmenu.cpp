@@ -3,6 +3,8 @@
 #include "support/testenvironment.h"
 
 #include <QApplication>
+#include <QAudioOutput>
+#include <QMediaPlayer>
 #include <QMenu>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -103,6 +105,11 @@ private slots:
         m_rig->player.setVolume(0.05f);
         press(Qt::Key_Minus);
         QCOMPARE(m_rig->player.volume(), 0.0f);
+        // The volume belongs to the open file: the next track is heard at full volume.
+        m_rig->transport.selectTrackCommand(1);
+        QCOMPARE(m_rig->player.currentUrl(), QUrl::fromLocalFile(m_tones.at(1)));
+        QCOMPARE(m_rig->player.volume(), 1.0f);
+        QCOMPARE(m_rig->player.player()->audioOutput()->volume(), 1.0f);
         // Loop and shuffle toggle and are saved at once.
         press(Qt::Key_L);
         press(Qt::Key_S);

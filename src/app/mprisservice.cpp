@@ -158,7 +158,7 @@ MprisService::MprisService(Config& config, AudioPlayer& audioPlayer, Transport& 
     });
     for (auto signal : {&AudioPlayer::playerChanged, &AudioPlayer::durationChanged, &AudioPlayer::albumArtChanged})
         connect(&m_audioPlayer, signal, this, &MprisService::refreshMetadata);
-    for (auto signal : {&AudioPlayer::isPlayingChanged, &AudioPlayer::timerChanged})
+    for (auto signal : {&AudioPlayer::isPlayingChanged, &AudioPlayer::timerChanged, &AudioPlayer::volumeChanged})
         connect(&m_audioPlayer, signal, this, &MprisService::publish);
     connect(&m_audioPlayer, &AudioPlayer::progressChanged, this, &MprisService::notePosition);
     m_metadata = currentMetadata();
@@ -231,7 +231,6 @@ void MprisService::setVolume(double volume)
     if (!m_audioPlayer.player() || !std::isfinite(volume))
         return;
     m_audioPlayer.setVolume(float(std::clamp(volume, 0.0, 1.0)));
-    publish();
 }
 
 bool MprisService::canSeek() const
@@ -317,7 +316,6 @@ void MprisService::notePosition()
         emit seeked(current);
     m_lastPosition = current;
     m_lastPositionAt = now;
-    publish(); // the volume may have changed from the menu
 }
 
 QVariantMap MprisService::currentMetadata() const

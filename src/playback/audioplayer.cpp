@@ -99,7 +99,6 @@ std::optional<PlayError> AudioPlayer::open(const QUrl& file)
 {
     auto* player = new QMediaPlayer(this);
     auto* output = new QAudioOutput(player);
-    output->setVolume(m_volume);
     player->setAudioOutput(output);
     // Connected first, because the FFmpeg backend may signal from inside
     // setSource(); until the player is ours, its signals are ignored.
@@ -136,6 +135,11 @@ std::optional<PlayError> AudioPlayer::open(const QUrl& file)
     m_output = output;
     m_url = file;
     ++m_openCount;
+    // The volume lives in the open file's player: a new file starts at full volume.
+    if (m_volume != output->volume()) {
+        m_volume = output->volume();
+        emit volumeChanged();
+    }
 
     emit playerChanged();
     setDuration(double(player->duration()) / 1000.0);
@@ -253,9 +257,13 @@ float AudioPlayer::volume() const
 
 void AudioPlayer::setVolume(float volume)
 {
-    m_volume = qBound(0.0f, volume, 1.0f);
+    const float bounded = qBound(0.0f, volume, 1.0f);
     if (m_output)
-        m_output->setVolume(m_volume);
+        m_output->setVolume(bounded);
+    if (bounded == m_volume)
+        return;
+    m_volume = bounded;
+    emit volumeChanged();
 }
 
 void AudioPlayer::setProgress(double value)

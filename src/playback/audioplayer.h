@@ -69,6 +69,7 @@ signals:
     void durationChanged();
     void isPlayingChanged();
     void albumArtChanged();
+    void volumeChanged();
     void playFailed(const PlayError& error);
 
 private:
