@@ -59,10 +59,11 @@ void AppDelegate::windowSetUp()
     ContentView* window = m_contentView.get();
     window->setMovableByBackground(true);
     if (m_config->isFloating()) {
+        // Every workspace first, then above other windows.
+        showOnAllWorkspaces(window);
         // setWindowFlags() would hide the shown window; the QWindow's do not.
         if (QWindow* handle = window->windowHandle())
             handle->setFlags(handle->flags() | Qt::WindowStaysOnTopHint);
-        showOnAllWorkspaces(window);
     }
     m_snapDelegate->attach(window);
 }
