@@ -62,6 +62,10 @@ void RecordsTest::filesAreWrittenExactlyAndReadBack()
     // Numbers in their shortest exact form.
     QCOMPARE(jsonNumber(1.0 / 3), QByteArray("0.3333333333333333"));
     QCOMPARE(jsonNumber(-0.0), QByteArray("0"));
+    QCOMPARE(jsonNumber(100000), QByteArray("100000"));
+    QCOMPARE(jsonNumber(-0.0001), QByteArray("-0.0001"));
+    QCOMPARE(jsonNumber(1e21), QByteArray("1e+21"));
+    QCOMPARE(jsonNumber(-1e-300), QByteArray("-1e-300"));
 
     // A track made in memory gets a fresh random id.
     const Track a = Track::make("file:///a", "A", "B");

@@ -2,8 +2,7 @@
 
 #include "store/console.h"
 
-#include <QLocale>
-
+#include <charconv>
 #include <cmath>
 
 QByteArray jsonNumber(double number)
@@ -12,7 +11,14 @@ QByteArray jsonNumber(double number)
     PLINK_CHECK(std::isfinite(number), "a JSON number must be finite");
     if (number == 0)
         return QByteArrayLiteral("0");
-    return QByteArray::number(number, 'g', QLocale::FloatingPointShortest);
+    // The fewest digits that read back exactly; plain decimals for everyday
+    // magnitudes (100000, not 1e+05), an exponent only for the extremes.
+    const double magnitude = std::abs(number);
+    const auto format = magnitude >= 1e-7 && magnitude < 1e21 ? std::chars_format::fixed : std::chars_format::scientific;
+    char text[64]; // at most 17 significant digits, 21 places before the point or 7 zeros after it
+    const auto written = std::to_chars(text, text + sizeof text, number, format);
+    PLINK_CHECK(written.ec == std::errc(), "a JSON number fits its buffer");
+    return QByteArray(text, written.ptr - text);
 }
 
 void JsonWriter::newline(qsizetype depth)
