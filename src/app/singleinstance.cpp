@@ -5,8 +5,10 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QStandardPaths>
+#include <QThread>
 
 SingleInstance::SingleInstance() = default;
 
@@ -22,11 +24,21 @@ bool SingleInstance::claim()
     if (m_lock->tryLock(200))
         return true;
 
-    QDBusMessage raise = QDBusMessage::createMethodCall(QString::fromLatin1(MprisService::serviceName),
-                                                        QString::fromLatin1(MprisService::objectPath),
-                                                        QStringLiteral("org.mpris.MediaPlayer2"),
-                                                        QStringLiteral("Raise"));
-    QDBusConnection::sessionBus().call(raise, QDBus::Block, 2000);
-    printLine(QStringLiteral("plinkBox is already running; its window was brought forward."));
+    const QDBusMessage raise = QDBusMessage::createMethodCall(QString::fromLatin1(MprisService::serviceName),
+                                                              QString::fromLatin1(MprisService::objectPath),
+                                                              QStringLiteral("org.mpris.MediaPlayer2"),
+                                                              QStringLiteral("Raise"));
+    // The running player may still be starting and not yet on the bus: ask
+    // again for a few seconds before giving up.
+    QDeadlineTimer deadline(3000);
+    do {
+        const QDBusMessage reply = QDBusConnection::sessionBus().call(raise, QDBus::Block, 1000);
+        if (reply.type() == QDBusMessage::ReplyMessage) {
+            printLine(QStringLiteral("plinkBox is already running; its window was brought forward."));
+            return false;
+        }
+        QThread::msleep(200);
+    } while (!deadline.hasExpired());
+    printLine(QStringLiteral("plinkBox is already running."));
     return false;
 }
