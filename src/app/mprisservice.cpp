@@ -156,6 +156,7 @@ MprisService::MprisService(Config& config, AudioPlayer& audioPlayer, Transport& 
             break;
         }
     });
+    connect(&m_config, &Config::playlistTracksWritten, this, &MprisService::refreshMetadata);
     for (auto signal : {&AudioPlayer::playerChanged, &AudioPlayer::durationChanged, &AudioPlayer::albumArtChanged})
         connect(&m_audioPlayer, signal, this, &MprisService::refreshMetadata);
     for (auto signal : {&AudioPlayer::isPlayingChanged, &AudioPlayer::timerChanged, &AudioPlayer::volumeChanged})
@@ -299,16 +300,22 @@ void MprisService::setPosition(const QDBusObjectPath& trackId, qint64 target)
 
 void MprisService::seekTo(qint64 target)
 {
+    // Announced once, here; not again by the progress change the seek makes,
+    // nor at the next tick if the backend takes a moment to report the place.
+    m_seeking = true;
     m_audioPlayer.seek(double(target) / (m_audioPlayer.duration() * 1e6));
-    m_lastPosition = position();
+    m_seeking = false;
+    m_lastPosition = target;
     m_lastPositionAt = QDateTime::currentMSecsSinceEpoch();
-    emit seeked(m_lastPosition);
+    emit seeked(target);
 }
 
 void MprisService::notePosition()
 {
     // A position that jumps (the scrub bar, a seek) is announced as Seeked;
     // steady progress is not, as clients extrapolate it themselves.
+    if (m_seeking)
+        return;
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
     const qint64 current = position();
     const qint64 expected = m_lastPosition + (m_audioPlayer.isPlaying() ? (now - m_lastPositionAt) * 1000 : 0);

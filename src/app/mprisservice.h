@@ -71,6 +71,7 @@ private:
     QVariantMap m_metadata;
     qint64 m_lastPosition = 0;
     qint64 m_lastPositionAt = 0;
+    bool m_seeking = false;
     QString m_coverPath;
     qint64 m_coverKey = 0;
 };

@@ -54,6 +54,8 @@ ContentView::ContentView(Config& config, AudioPlayer& audioPlayer, Transport& tr
     connect(m_scrubBar, &SkinScrubBar::seekRequested, &m_audioPlayer, &AudioPlayer::seek);
 
     connect(&m_config, &Config::changed, this, &ContentView::onConfigChanged);
+    // The title and artist lines show what the current playlist's file holds.
+    connect(&m_config, &Config::playlistTracksWritten, this, [this] { update(); });
     connect(&m_audioPlayer, &AudioPlayer::isPlayingChanged, this, &ContentView::onPlayingChanged);
     connect(&m_audioPlayer, &AudioPlayer::progressChanged, this, &ContentView::onProgressChanged);
     connect(&m_audioPlayer, &AudioPlayer::albumArtChanged, this, [this] { update(); });

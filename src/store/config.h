@@ -95,6 +95,8 @@ public:
 
 signals:
     void changed(Config::Property property);
+    // A playlist's file was rewritten: what it holds at the current track may differ.
+    void playlistTracksWritten(const QUuid& id);
 
 private:
     template <class T>

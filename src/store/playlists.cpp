@@ -72,6 +72,8 @@ void Config::writePlaylistTracks(const QUuid& id, const QList<Track>& tracks)
     // The wording names theme.json although a playlist is written; it is kept as is.
     if (!error.isEmpty())
         printLine(QStringLiteral("Failed to write theme.json: ") + error);
+    else
+        emit playlistTracksWritten(id);
 }
 
 std::optional<QList<Track>> Config::readPlaylistTracks(const QUuid& id) const
