@@ -249,10 +249,23 @@ void PlaylistSettingsView::addFiles(const QList<QUrl>& urls)
     setDeleteWarning(false);
     if (!m_selectedPlaylistID || urls.isEmpty())
         return;
-    const QUuid target = *m_selectedPlaylistID;
-    readTrackTagsAsync(urls, this, [this, target, urls](const QList<TrackTags>& tags) {
-        applyAddedTracks(target, urls, tags);
+    const quint64 ticket = m_nextTicket++;
+    m_additions.append({ticket, *m_selectedPlaylistID, urls, std::nullopt});
+    readTrackTagsAsync(urls, this, [this, ticket](const QList<TrackTags>& tags) {
+        for (Addition& addition : m_additions) {
+            if (addition.ticket == ticket)
+                addition.tags = tags;
+        }
+        applyReadyAdditions();
     });
+}
+
+void PlaylistSettingsView::applyReadyAdditions()
+{
+    while (!m_additions.isEmpty() && m_additions.first().tags) {
+        const Addition addition = m_additions.takeFirst();
+        applyAddedTracks(addition.playlistID, addition.urls, *addition.tags);
+    }
 }
 
 void PlaylistSettingsView::applyAddedTracks(const QUuid& playlistID, const QList<QUrl>& urls,

@@ -63,6 +63,7 @@ private:
     void commitName();
     void removeSelectedTracks();
     void chooseFiles();
+    void applyReadyAdditions();
     void applyAddedTracks(const QUuid& playlistID, const QList<QUrl>& urls, const QList<TrackTags>& tags);
     void commitOrder();
     // Writes the editor's list; a file that could not be read is first kept
@@ -80,6 +81,17 @@ private:
     TrackDropDelegate m_dropDelegate;
     QTimer m_deleteWarningTimer;
     QString m_lastFolder;
+    // Additions in the order they were asked for. Their tags are read in the
+    // background, and one waits for those before it, so that two quick drops
+    // land in the order they were made.
+    struct Addition {
+        quint64 ticket;
+        QUuid playlistID;
+        QList<QUrl> urls;
+        std::optional<QList<TrackTags>> tags;
+    };
+    QList<Addition> m_additions;
+    quint64 m_nextTicket = 0;
 
     QComboBox* m_picker = nullptr;
     QToolButton* m_newButton = nullptr;
