@@ -113,8 +113,12 @@ private slots:
         click(Element::rewind);
         QCOMPARE(config().currentTrackIndex(), 0);
         // A press that leaves the button before it is let go does nothing.
+        // The hover follows the pointer while the button is held too.
         QTest::mousePress(m_view.get(), Qt::LeftButton, {}, play.toPoint());
+        QTest::mouseMove(m_view.get(), play.toPoint() + QPoint(1, 1));
+        QVERIFY(shows(play, "pause-on"));
         QTest::mouseMove(m_view.get(), QPoint(120, 90));
+        QVERIFY(shows(play, "pause"));
         QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, QPoint(120, 90));
         QVERIFY(player().isPlaying());
         player().seek(0.5);

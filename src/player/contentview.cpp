@@ -344,10 +344,9 @@ void ContentView::mouseMoveEvent(QMouseEvent* event)
             scrubTo(point.x());
         return;
     }
-    if (event->buttons() == Qt::NoButton) {
-        const double thumbX = currentThumbRect().center().x();
-        setHover(controlAt(m_config.geometry(), scale(), m_audioPlayer.isPlaying(), thumbX, point));
-    }
+    // Also with a button held: a press dragged off its button shows it unlit.
+    const double thumbX = currentThumbRect().center().x();
+    setHover(controlAt(m_config.geometry(), scale(), m_audioPlayer.isPlaying(), thumbX, point));
 }
 
 void ContentView::mouseReleaseEvent(QMouseEvent* event)
