@@ -119,6 +119,19 @@ void ConfigThemesTest::picturesComeFromTheThemeFolderWithFallback()
     replacement.fill(qRgb(10, 20, 30));
     QVERIFY(replacement.save(themeFolder(config, QStringLiteral("neo-lime")) + QStringLiteral("/close.png")));
     QCOMPARE(colourOf(config.themePicture(QStringLiteral("close"))), qRgb(10, 20, 30));
+    // Also when the new file keeps the old one's size and modification time, as a copy that preserves times does.
+    const QString close = themeFolder(config, QStringLiteral("neo-lime")) + QStringLiteral("/close.png");
+    const QDateTime oldTime = QFileInfo(close).lastModified();
+    const qint64 oldSize = QFileInfo(close).size();
+    QTest::qSleep(10); // file times are compared to the millisecond
+    replacement.fill(qRgb(30, 20, 10));
+    QVERIFY(replacement.save(close));
+    QFile copied(close);
+    QVERIFY(copied.open(QIODevice::ReadWrite) && copied.setFileTime(oldTime, QFileDevice::FileModificationTime));
+    copied.close();
+    QCOMPARE(QFileInfo(close).lastModified(), oldTime);
+    QCOMPARE(QFileInfo(close).size(), oldSize);
+    QCOMPARE(colourOf(config.themePicture(QStringLiteral("close"))), qRgb(30, 20, 10));
 
     // Missing or unreadable: the built-in fallback, whatever the theme.
     QVERIFY(writeFile(themeFolder(config, QStringLiteral("neo-lime")) + QStringLiteral("/close.png"), "not a png"));

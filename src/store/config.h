@@ -130,6 +130,7 @@ private:
     // Theme pictures, kept until their file changes on disk.
     struct CachedPicture {
         QDateTime modified;
+        QDateTime changed; // the inode's change time, which a copy that keeps the old times still moves
         qint64 size = -1;
         QImage image;
     };

@@ -136,14 +136,15 @@ QImage Config::themePicture(const QString& picture) const
     // while its file is unchanged on disk.
     const QFileInfo info(path);
     if (info.isFile()) {
-        const QDateTime modified = info.lastModified();
+        const QDateTime modified = info.lastModified(), changed = info.metadataChangeTime();
         const qint64 size = info.size();
         auto cached = m_pictureCache.find(path);
-        if (cached != m_pictureCache.end() && cached->modified == modified && cached->size == size)
+        if (cached != m_pictureCache.end() && cached->modified == modified && cached->changed == changed
+            && cached->size == size)
             return cached->image;
         const QImage image = loadPicture(path);
         if (!image.isNull()) {
-            m_pictureCache.insert(path, {modified, size, image});
+            m_pictureCache.insert(path, {modified, changed, size, image});
             return image;
         }
     }
@@ -151,6 +152,6 @@ QImage Config::themePicture(const QString& picture) const
     const QString fallback = fallbackPath(picture);
     auto cached = m_pictureCache.find(fallback);
     if (cached == m_pictureCache.end())
-        cached = m_pictureCache.insert(fallback, {{}, 0, loadPicture(fallback)});
+        cached = m_pictureCache.insert(fallback, {{}, {}, 0, loadPicture(fallback)});
     return cached->image;
 }
