@@ -1,15 +1,15 @@
 #pragma once
 
+#include "store/fileio.h"
 #include "store/records.h"
 
-#include <QDateTime>
 #include <QString>
 
 #include <functional>
 #include <optional>
 
 // The last decoded playlist file, kept while the file is unchanged on disk
-// (same path, times and size), so that repainting the skin does
+// (same path and stamp), so that repainting the skin does
 // not decode it again on every frame. A failed read is kept too, so that its
 // message is printed once per change of the file, not once per frame.
 class PlaylistFileCache
@@ -24,9 +24,7 @@ public:
 private:
     struct Stamp {
         QString path;
-        QDateTime modified;
-        QDateTime born; // an atomic rewrite makes a new file
-        qint64 size = -1;
+        FileStamp file;
         bool operator==(const Stamp&) const = default;
     };
     std::optional<Stamp> m_stamp;

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "store/configproperties.h"
+#include "store/fileio.h"
 #include "store/records.h"
 
-#include <QDateTime>
 #include <QHash>
 #include <QImage>
 #include <QObject>
@@ -129,9 +129,7 @@ private:
 
     // Theme pictures, kept until their file changes on disk.
     struct CachedPicture {
-        QDateTime modified;
-        QDateTime changed; // the inode's change time, which a copy that keeps the old times still moves
-        qint64 size = -1;
+        FileStamp stamp;
         QImage image;
     };
     mutable QHash<QString, CachedPicture> m_pictureCache;

@@ -102,6 +102,14 @@ FileBytes readWholeFile(const QString& path)
     return {std::move(bytes), {}};
 }
 
+FileStamp fileStamp(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return {};
+    return {info.lastModified(), info.metadataChangeTime(), info.size()};
+}
+
 bool existsAt(const QString& path)
 {
     return QFileInfo::exists(path);

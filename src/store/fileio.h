@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
 
 #include <optional>
@@ -18,6 +19,17 @@ struct FileBytes {
     QString error;
 };
 FileBytes readWholeFile(const QString& path);
+
+// What tells a file's versions apart without reading it: any write, an atomic
+// replacement or a copy that keeps the old times moves the change time.
+// Null (size -1) when nothing is at path.
+struct FileStamp {
+    QDateTime modified;
+    QDateTime changed;
+    qint64 size = -1;
+    bool operator==(const FileStamp&) const = default;
+};
+FileStamp fileStamp(const QString& path);
 
 // True when anything (file, folder, symbolic link to something) is at path.
 bool existsAt(const QString& path);

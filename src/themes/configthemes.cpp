@@ -134,17 +134,14 @@ QImage Config::themePicture(const QString& picture) const
         + picture + QStringLiteral(".png");
     // A user may replace a picture at any time: reuse a decoded picture only
     // while its file is unchanged on disk.
-    const QFileInfo info(path);
-    if (info.isFile()) {
-        const QDateTime modified = info.lastModified(), changed = info.metadataChangeTime();
-        const qint64 size = info.size();
+    if (QFileInfo(path).isFile()) {
+        const FileStamp stamp = fileStamp(path);
         auto cached = m_pictureCache.find(path);
-        if (cached != m_pictureCache.end() && cached->modified == modified && cached->changed == changed
-            && cached->size == size)
+        if (cached != m_pictureCache.end() && cached->stamp == stamp)
             return cached->image;
         const QImage image = loadPicture(path);
         if (!image.isNull()) {
-            m_pictureCache.insert(path, {modified, changed, size, image});
+            m_pictureCache.insert(path, {stamp, image});
             return image;
         }
     }
@@ -152,6 +149,6 @@ QImage Config::themePicture(const QString& picture) const
     const QString fallback = fallbackPath(picture);
     auto cached = m_pictureCache.find(fallback);
     if (cached == m_pictureCache.end())
-        cached = m_pictureCache.insert(fallback, {{}, {}, 0, loadPicture(fallback)});
+        cached = m_pictureCache.insert(fallback, {{}, loadPicture(fallback)});
     return cached->image;
 }
