@@ -138,6 +138,12 @@ qint64 JsonObjectReader::integer(const QString& key, qint64 min, qint64 max)
     return 0;
 }
 
+void JsonObjectReader::requireRange(const QString& key, double value, double min, double max)
+{
+    if (ok() && !(value >= min && value <= max))
+        m_error = QStringLiteral("The key \"%1\" is %2, not between %3 and %4.").arg(key).arg(value).arg(min).arg(max);
+}
+
 std::optional<qint64> JsonObjectReader::optionalInteger(const QString& key)
 {
     if (!ok())

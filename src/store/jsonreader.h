@@ -30,6 +30,9 @@ public:
     QUuid uuid(const QString& key);
     QStringList strings(const QString& key);
 
+    // Fails on value, read from key, when it lies outside min … max.
+    void requireRange(const QString& key, double value, double min, double max);
+
     // For elements of arrays (objects nested in lists).
     std::optional<QJsonObject> objectAt(const QJsonArray& array, qsizetype index, const QString& key);
 

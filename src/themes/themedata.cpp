@@ -23,15 +23,30 @@ void write(JsonWriter& json, const char* key, bool value)
     json.value(value);
 }
 
+// Sizes a screen can show. A window of zero, negative or screen-sized-many
+// points, or a control larger than any screen, is a typing slip in a
+// hand-edited file, refused like any other unreadable one. Positions are free:
+// a control placed off the picture simply is not seen.
+constexpr double largestSize = 2000;
+constexpr double smallestWindow = 8;
+constexpr double largestText = 200;
+
 void read(JsonObjectReader& reader, const char* key, double& value)
 {
-    value = reader.number(QLatin1String(key));
+    const QLatin1String name(key);
+    value = reader.number(name);
+    if (name.startsWith(QLatin1String("player")))
+        reader.requireRange(name, value, smallestWindow, largestSize);
+    else if (name.endsWith(QLatin1String("Width")) || name.endsWith(QLatin1String("Height")))
+        reader.requireRange(name, value, 0, largestSize);
 }
 
 void read(JsonObjectReader& reader, const char* key, int& value)
 {
+    // Only the two text sizes are integers.
     value = int(reader.integer(QLatin1String(key), std::numeric_limits<int>::min(),
                                std::numeric_limits<int>::max()));
+    reader.requireRange(QLatin1String(key), value, 0, largestText);
 }
 
 void read(JsonObjectReader& reader, const char* key, bool& value)
