@@ -62,6 +62,7 @@ Config::Config(QObject* parent)
     m_documentDirectory = locateDocumentDirectory();
     createSoundPlayer();
     startUp();
+    watchPlaylistFiles();
 }
 
 Config::~Config() = default;

@@ -12,6 +12,7 @@
 
 #include <optional>
 
+class PlaylistWatcher;
 class SoundPlayer;
 struct ThemeData;
 
@@ -95,7 +96,8 @@ public:
 
 signals:
     void changed(Config::Property property);
-    // A playlist's file was rewritten: what it holds at the current track may differ.
+    // A playlist's file was rewritten, by us or by another program: what it
+    // holds at the current track may differ.
     void playlistTracksWritten(const QUuid& id);
 
 private:
@@ -113,6 +115,7 @@ private:
     static bool sameValue(const QPointF& a, const QPointF& b) { return a.x() == b.x() && a.y() == b.y(); }
 
     void createSoundPlayer();
+    void watchPlaylistFiles();
     QString applicationFolder() const;
     QString playlistsFolder() const;
     void startUp();
@@ -136,4 +139,5 @@ private:
 
     QString m_documentDirectory;
     SoundPlayer* m_soundPlayer = nullptr; // a child QObject
+    PlaylistWatcher* m_playlistWatcher = nullptr; // a child QObject
 };

@@ -4,12 +4,30 @@
 #include "store/console.h"
 #include "store/fileio.h"
 #include "store/jsonreader.h"
+#include "store/playlistwatcher.h"
 
 #include <QCoreApplication>
 
 QString Config::playlistsFolder() const
 {
     return applicationFolder() + QLatin1Char('/') + QCoreApplication::translate("Config", "Playlists");
+}
+
+void Config::watchPlaylistFiles()
+{
+    m_playlistWatcher = new PlaylistWatcher(this);
+    const auto watchCatalogue = [this] {
+        QHash<QUuid, QString> files;
+        for (const Playlist& playlist : playlists())
+            files.insert(playlist.id, playlistFileURL(playlist.id));
+        m_playlistWatcher->watch(playlistsFolder(), files);
+    };
+    watchCatalogue();
+    connect(this, &Config::changed, m_playlistWatcher, [watchCatalogue](Property property) {
+        if (property == Property::playlists)
+            watchCatalogue();
+    });
+    connect(m_playlistWatcher, &PlaylistWatcher::fileChanged, this, &Config::playlistTracksWritten);
 }
 
 QString Config::playlistFileURL(const QUuid& id) const
@@ -72,8 +90,11 @@ void Config::writePlaylistTracks(const QUuid& id, const QList<Track>& tracks)
     // The wording names theme.json although a playlist is written; it is kept as is.
     if (!error.isEmpty())
         printLine(QStringLiteral("Failed to write theme.json: ") + error);
-    else
+    else {
+        if (m_playlistWatcher)
+            m_playlistWatcher->noteWritten(id);
         emit playlistTracksWritten(id);
+    }
 }
 
 std::optional<QList<Track>> Config::readPlaylistTracks(const QUuid& id) const
