@@ -3,6 +3,8 @@
 //
 //   plinkartgen --themes DIR THEME...   writes DIR/<theme>-<picture>@2x.png
 //   plinkartgen --icon FILE             writes the 256 × 256 application icon
+//   plinkartgen --icons DIR             writes DIR/<n>x<n>/apps/plinkbox.png, every panel size
+//   plinkartgen --ui-icons DIR          writes DIR/<name>-<n>.png, the settings window's icons
 //   plinkartgen --contact-sheet FILE [THEME...]
 //                                       writes the themes (by default the four
 //                                       of the catalogue) as the player shows
@@ -16,6 +18,7 @@
 #include "contactsheet.h"
 #include "icon.h"
 #include "pictures.h"
+#include "uiicons.h"
 
 #include "store/console.h"
 #include "themes/defaultlayouts.h"
@@ -39,7 +42,8 @@ bool save(const QImage& image, const QString& path)
 int usage()
 {
     printLine(QStringLiteral(
-        "usage: plinkartgen --themes DIR THEME... | --icon FILE | --contact-sheet FILE"));
+        "usage: plinkartgen --themes DIR THEME... | --icon FILE | --icons DIR | --ui-icons DIR | "
+        "--contact-sheet FILE"));
     return 2;
 }
 
@@ -74,6 +78,20 @@ int main(int argc, char* argv[])
     // The skins are shapes only: no platform plugin, nothing to initialise.
     if (mode == QLatin1String("--icon"))
         return save(renderIcon(), args.at(1)) ? 0 : 1;
+    if (mode == QLatin1String("--icons")) {
+        bool ok = true;
+        for (const int size : appIconSizes())
+            ok = save(renderAppIcon(size), QStringLiteral("%1/%2x%2/apps/plinkbox.png").arg(args.at(1)).arg(size)) && ok;
+        return ok ? 0 : 1;
+    }
+    if (mode == QLatin1String("--ui-icons")) {
+        bool ok = true;
+        for (const QString& name : uiIconNames()) {
+            for (const int size : uiIconSizes())
+                ok = save(renderUiIcon(name, size), QStringLiteral("%1/%2-%3.png").arg(args.at(1), name).arg(size)) && ok;
+        }
+        return ok ? 0 : 1;
+    }
     if (mode != QLatin1String("--themes") || args.size() < 3)
         return usage();
 
