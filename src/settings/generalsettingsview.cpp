@@ -4,6 +4,8 @@
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
 #include <QVBoxLayout>
 
 GeneralSettingsView::GeneralSettingsView(Config& config, QWidget* parent)
@@ -35,11 +37,25 @@ GeneralSettingsView::GeneralSettingsView(Config& config, QWidget* parent)
         {tr("Shuffle tracks"), "shuffleTracksSwitch",
          {Config::Property::shuffleTracks, &Config::shuffleTracks, &Config::setShuffleTracks}},
     };
+    // A switch reacts where its box and label are, so it is made no wider than they.
     for (const auto& row : rows) {
         Switch entry = row.entry;
         entry.box = new QCheckBox(row.label, switchSection);
         entry.box->setObjectName(QLatin1String(row.objectName));
-        switchForm->addRow(entry.box);
+        entry.box->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+        if (entry.property == Config::Property::isFloating) {
+            // The window's level is set once, when the player window is set up.
+            auto* note = new QLabel(tr("Takes effect the next time plinkBox starts."), switchSection);
+            note->setObjectName(QStringLiteral("floatingWindowNote"));
+            note->setForegroundRole(QPalette::PlaceholderText);
+            auto* row = new QHBoxLayout;
+            row->addWidget(entry.box);
+            row->addWidget(note);
+            row->addStretch();
+            switchForm->addRow(row);
+        } else {
+            switchForm->addRow(entry.box);
+        }
         m_switches.append(entry);
     }
 

@@ -30,7 +30,7 @@ PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
     m_picker->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     m_newButton = new QToolButton(this);
     m_newButton->setObjectName(QStringLiteral("newPlaylistButton"));
-    m_newButton->setIcon(themedIcon(QStringLiteral("document-new"), QStyle::SP_FileIcon, this));
+    m_newButton->setIcon(themedIcon(QStringLiteral("document-new"), this));
     m_newButton->setToolTip(tr("New playlist"));
 
     m_nameField = new QLineEdit(this);
@@ -44,7 +44,7 @@ PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
 
     m_trashButton = new QToolButton(this);
     m_trashButton->setObjectName(QStringLiteral("removeTracksButton"));
-    m_trashButton->setIcon(themedIcon(QStringLiteral("edit-delete"), QStyle::SP_TrashIcon, this));
+    m_trashButton->setIcon(themedIcon(QStringLiteral("user-trash"), this));
     m_trashButton->setToolTip(tr("Remove the selected tracks"));
     m_addButton = new QPushButton(tr("Add tracks..."), this);
     m_addButton->setObjectName(QStringLiteral("addTracksButton"));
@@ -84,6 +84,14 @@ PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
     connect(m_addButton, &QPushButton::clicked, this, &PlaylistSettingsView::chooseFiles);
     connect(m_deleteButton, &QPushButton::clicked, this, &PlaylistSettingsView::onDeletePressed);
     connect(m_table, &TrackTable::filesDropped, this, &PlaylistSettingsView::addFiles);
+    connect(m_table, &TrackTable::removeRequested, this, &PlaylistSettingsView::removeSelectedTracks);
+    // Rows moved by a drag that was dropped elsewhere go back to the order on disk.
+    connect(m_table, &TrackTable::dragAbandoned, this, &PlaylistSettingsView::showSavedTracks);
+    // The selected playlist's file rewritten elsewhere (another program, a sync tool).
+    connect(&m_config, &Config::playlistTracksWritten, this, [this](const QUuid& id) {
+        if (id == m_selectedPlaylistID)
+            showSavedTracks();
+    });
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &PlaylistSettingsView::updateControls);
     connect(&m_model, &QAbstractItemModel::modelReset, this, &PlaylistSettingsView::updateControls);
@@ -125,10 +133,17 @@ void PlaylistSettingsView::selectPlaylist(const std::optional<QUuid>& id)
     setDeleteWarning(false);
     showCatalogue();
     m_nameField->setText(selectedPlaylist() ? selectedPlaylist()->name : QString());
+    showSavedTracks();
+}
+
+void PlaylistSettingsView::showSavedTracks()
+{
+    const std::optional<QUuid> id = m_selectedPlaylistID;
     // An unreadable file has already been reported by the store; nothing to show.
     const std::optional<QList<Track>> tracks = id ? m_config.readPlaylistTracks(*id) : std::nullopt;
     m_unreadablePlaylistID = id && !tracks ? id : std::nullopt;
-    m_model.setTracks(tracks.value_or(QList<Track>()));
+    if (!tracks || *tracks != m_model.tracks())
+        m_model.setTracks(tracks.value_or(QList<Track>()));
     updateControls();
 }
 
@@ -201,6 +216,12 @@ void PlaylistSettingsView::commitName()
             continue;
         if (playlist.name == m_nameField->text())
             return;
+        // A playlist needs a name to be found by in the menus: a blank one
+        // brings the name it had back.
+        if (m_nameField->text().trimmed().isEmpty()) {
+            m_nameField->setText(playlist.name);
+            return;
+        }
         setDeleteWarning(false);
         playlist.name = m_nameField->text();
         m_config.setPlaylists(catalogue);

@@ -54,6 +54,7 @@ protected:
 
 private:
     void showCatalogue();
+    void showSavedTracks();
     std::optional<QUuid> fallbackPlaylist() const;
     std::optional<Playlist> selectedPlaylist() const;
     void updateControls();

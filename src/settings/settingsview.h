@@ -12,4 +12,11 @@ class SettingsView : public QWidget
 public:
     explicit SettingsView(Config& config, QWidget* parent = nullptr);
     ~SettingsView() override;
+
+    // Where the window opens: beside the player (right, else left) on the
+    // player's screen where it fits, else centred on that screen.
+    static QPoint placeBeside(const QRect& player, const QSize& frame, const QRect& available);
+
+protected:
+    bool event(QEvent* event) override;
 };

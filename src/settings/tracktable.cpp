@@ -9,6 +9,7 @@
 #include <QDropEvent>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMimeData>
 
 TrackTable::TrackTable(TrackTableModel& model, TrackDropDelegate& delegate,
@@ -48,6 +49,16 @@ QList<QUrl> TrackTable::droppedFiles(const QMimeData* mime)
     return files;
 }
 
+void TrackTable::keyPressEvent(QKeyEvent* event)
+{
+    if ((event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) && event->modifiers() == Qt::NoModifier
+        && selectionModel()->hasSelection()) {
+        emit removeRequested();
+        return;
+    }
+    QTableView::keyPressEvent(event);
+}
+
 void TrackTable::startDrag(Qt::DropActions)
 {
     const int row = currentIndex().row();
@@ -68,7 +79,10 @@ void TrackTable::startDrag(Qt::DropActions)
         drag->setPixmap(viewport()->grab(rowRect));
         drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - rowRect.topLeft());
     }
+    m_droppedOnRows = false;
     drag->exec(Qt::MoveAction);
+    if (!m_droppedOnRows)
+        emit dragAbandoned();
 }
 
 bool TrackTable::acceptsDrag(QDropEvent* event)
@@ -148,5 +162,6 @@ void TrackTable::dropEvent(QDropEvent* event)
         emit filesDropped(droppedFiles(event->mimeData()));
         return;
     }
+    m_droppedOnRows = true;
     m_delegate.performDrop();
 }

@@ -27,8 +27,13 @@ public:
 
 signals:
     void filesDropped(const QList<QUrl>& urls);
+    // Delete or Backspace: the selected rows are to go.
+    void removeRequested();
+    // A row drag ended anywhere but on the table's rows.
+    void dragAbandoned();
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
@@ -43,4 +48,5 @@ private:
     TrackDropDelegate& m_delegate;
     std::optional<Track>& m_draggedTrack;
     int m_enteredRow = -1;
+    bool m_droppedOnRows = false;
 };
