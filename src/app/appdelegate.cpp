@@ -2,6 +2,7 @@
 
 #include "app/commandmenu.h"
 #include "app/mprisservice.h"
+#include "app/trackopener.h"
 #include "app/windowsetup.h"
 #include "app/windowsnapdelegate.h"
 #include "playback/audioplayer.h"
@@ -13,6 +14,7 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QMenu>
+#include <QScreen>
 #include <QSystemTrayIcon>
 #include <QTimer>
 #include <QWindow>
@@ -42,7 +44,9 @@ AppDelegate::AppDelegate(QObject* parent)
 
     // Media keys and the desktop's controls; without a session bus the
     // player simply goes without them.
-    m_mpris = std::make_unique<MprisService>(*m_config, *m_audioPlayer, *m_transport, [this] { raisePlayer(); });
+    m_trackOpener = std::make_unique<TrackOpener>(*m_config, *m_audioPlayer, *m_transport);
+    m_mpris = std::make_unique<MprisService>(*m_config, *m_audioPlayer, *m_transport, [this] { raisePlayer(); },
+                                             [this](const QList<QUrl>& urls) { openFiles(urls); });
     m_mpris->registerOnSessionBus();
 
     m_contentView->setTranslucent(compositorRunning());
@@ -77,12 +81,27 @@ void AppDelegate::raisePlayer()
     window->activateWindow();
 }
 
+void AppDelegate::openFiles(const QList<QUrl>& urls)
+{
+    m_trackOpener->open(urls);
+}
+
 void AppDelegate::showSettings()
 {
-    if (!m_settingsView) {
+    const bool first = !m_settingsView;
+    if (first) {
         m_settingsView = std::make_unique<SettingsView>(*m_config);
         m_settingsView->resize(640, 640);
         m_commandMenu->addShortcutsTo(m_settingsView.get());
+    }
+    // Opened where the floating player does not cover it; a place the user
+    // chose since is kept as long as the player stays clear of it.
+    const QRect player = m_contentView->frameGeometry();
+    if (!m_settingsView->isVisible() && (first || m_settingsView->frameGeometry().intersects(player))) {
+        QScreen* screen = m_contentView->screen() ? m_contentView->screen() : QGuiApplication::primaryScreen();
+        if (screen)
+            m_settingsView->move(
+                SettingsView::placeBeside(player, m_settingsView->frameGeometry().size(), screen->availableGeometry()));
     }
     m_settingsView->show();
     m_settingsView->raise();

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
+#include <QUrl>
 
 #include <memory>
 
@@ -11,6 +13,7 @@ class ContentView;
 class MprisService;
 class QSystemTrayIcon;
 class SettingsView;
+class TrackOpener;
 class Transport;
 class WindowSnapDelegate;
 
@@ -36,6 +39,8 @@ public:
     void showSettings();
     // Brings the player window forward (a second launch, the desktop's controls).
     void raisePlayer();
+    // Adds files to the current playlist and plays the first.
+    void openFiles(const QList<QUrl>& urls);
 
 private:
     // Runs once, after the player window is shown.
@@ -48,6 +53,7 @@ private:
     std::unique_ptr<ContentView> m_contentView;
     std::unique_ptr<CommandMenu> m_commandMenu;
     std::unique_ptr<SettingsView> m_settingsView;
+    std::unique_ptr<TrackOpener> m_trackOpener;
     std::unique_ptr<MprisService> m_mpris;
     QSystemTrayIcon* m_trayIcon = nullptr; // a child
 };
