@@ -1,5 +1,6 @@
 #include "app/appdelegate.h"
 #include "app/singleinstance.h"
+#include "app/trackopener.h"
 #include "playback/mediabackend.h"
 
 #include <QApplication>
@@ -7,13 +8,27 @@
 int main(int argc, char* argv[])
 {
     chooseMediaBackend(); // before any Qt object: the choice is read once
+    // A Wayland client may not place its window, keep it above others or snap
+    // it, which a floating player lives by: go through XWayland unless the
+    // user chose a platform (QT_QPA_PLATFORM=wayland opts out).
+    if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY") && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("plinkBox"));
     QGuiApplication::setDesktopFileName(QStringLiteral("plinkbox"));
+    QList<QUrl> files;
+    for (const QString& argument : app.arguments().mid(1))
+        files.append(TrackOpener::fromArgument(argument));
     // Before the store exists: a second player must not touch the files.
     SingleInstance instance;
-    if (!instance.claim())
+    if (!instance.claim(files))
         return 0;
     AppDelegate delegate;
+    instance.serve([&delegate](const QList<QUrl>& handed) {
+        delegate.openFiles(handed);
+        delegate.raisePlayer();
+    });
+    if (!files.isEmpty())
+        delegate.openFiles(files);
     return app.exec();
 }

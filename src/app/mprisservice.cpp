@@ -1,5 +1,6 @@
 #include "app/mprisservice.h"
 
+#include "app/trackopener.h"
 #include "playback/audioplayer.h"
 #include "player/transport.h"
 #include "store/config.h"
@@ -55,11 +56,7 @@ public:
     QString identity() const { return QStringLiteral("plinkBox"); }
     QString desktopEntry() const { return QStringLiteral("plinkbox"); }
     QStringList supportedUriSchemes() const { return {QStringLiteral("file")}; }
-    QStringList supportedMimeTypes() const
-    {
-        return {QStringLiteral("audio/mpeg"), QStringLiteral("audio/flac"), QStringLiteral("audio/ogg"),
-                QStringLiteral("audio/opus"), QStringLiteral("audio/mp4"), QStringLiteral("audio/x-wav")};
-    }
+    QStringList supportedMimeTypes() const { return TrackOpener::supportedMimeTypes(); }
 
 public slots:
     void Raise() { m_service->raise(); }
@@ -121,7 +118,7 @@ public slots:
     void Play() { m_service->play(); }
     void Seek(qlonglong offset) { m_service->seek(offset); }
     void SetPosition(const QDBusObjectPath& trackId, qlonglong position) { m_service->setPosition(trackId, position); }
-    void OpenUri(const QString&) {} // playlists are built in the settings window
+    void OpenUri(const QString& uri) { m_service->openUri(uri); }
 
 signals:
     void Seeked(qlonglong Position);
@@ -133,12 +130,14 @@ private:
 } // namespace
 
 MprisService::MprisService(Config& config, AudioPlayer& audioPlayer, Transport& transport,
-                           std::function<void()> raise, QObject* parent)
+                           std::function<void()> raise, std::function<void(const QList<QUrl>&)> open,
+                           QObject* parent)
     : QObject(parent)
     , m_config(config)
     , m_audioPlayer(audioPlayer)
     , m_transport(transport)
     , m_raise(std::move(raise))
+    , m_open(std::move(open))
 {
     new MprisRootAdaptor(this);
     new MprisPlayerAdaptor(this);
@@ -237,6 +236,12 @@ void MprisService::setVolume(double volume)
 bool MprisService::canSeek() const
 {
     return m_audioPlayer.player() != nullptr && m_audioPlayer.duration() > 0;
+}
+
+void MprisService::openUri(const QString& uri)
+{
+    if (m_open)
+        m_open({TrackOpener::fromArgument(uri)});
 }
 
 void MprisService::quit()

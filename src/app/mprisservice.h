@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QDBusObjectPath>
+#include <QList>
 #include <QObject>
+#include <QUrl>
 #include <QVariantMap>
 
 #include <functional>
@@ -21,8 +23,9 @@ public:
     static constexpr const char* serviceName = "org.mpris.MediaPlayer2.plinkbox";
     static constexpr const char* objectPath = "/org/mpris/MediaPlayer2";
 
-    MprisService(Config& config, AudioPlayer& audioPlayer, Transport& transport,
-                 std::function<void()> raise, QObject* parent = nullptr);
+    // open: what OpenUri does with the file it is given (as a file on the command line).
+    MprisService(Config& config, AudioPlayer& audioPlayer, Transport& transport, std::function<void()> raise,
+                 std::function<void(const QList<QUrl>&)> open = {}, QObject* parent = nullptr);
     ~MprisService() override;
 
     // Registers the object, then the name. False when there is no session bus
@@ -43,6 +46,7 @@ public:
 
     // Commands
     void raise() { m_raise(); }
+    void openUri(const QString& uri);
     void quit();
     void next();
     void previous();
@@ -67,6 +71,7 @@ private:
     AudioPlayer& m_audioPlayer;
     Transport& m_transport;
     std::function<void()> m_raise;
+    std::function<void(const QList<QUrl>&)> m_open;
     QVariantMap m_published; // the Player properties as last announced
     QVariantMap m_metadata;
     qint64 m_lastPosition = 0;

@@ -1,0 +1,87 @@
+#include "app/trackopener.h"
+
+#include "playback/audioplayer.h"
+#include "playback/tagreader.h"
+#include "player/transport.h"
+#include "store/config.h"
+#include "store/console.h"
+#include "store/fileio.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+TrackOpener::TrackOpener(Config& config, AudioPlayer& audioPlayer, Transport& transport, QObject* parent)
+    : QObject(parent)
+    , m_config(config)
+    , m_audioPlayer(audioPlayer)
+    , m_transport(transport)
+{
+}
+
+QStringList TrackOpener::supportedMimeTypes()
+{
+    return {QStringLiteral("audio/mpeg"),  QStringLiteral("audio/mp4"),   QStringLiteral("audio/x-m4a"),
+            QStringLiteral("audio/aac"),   QStringLiteral("audio/flac"),  QStringLiteral("audio/x-flac"),
+            QStringLiteral("audio/ogg"),   QStringLiteral("audio/x-vorbis+ogg"), QStringLiteral("audio/x-opus+ogg"),
+            QStringLiteral("audio/opus"),  QStringLiteral("audio/x-wav"), QStringLiteral("audio/wav"),
+            QStringLiteral("audio/x-aiff"), QStringLiteral("audio/aiff")};
+}
+
+QUrl TrackOpener::fromArgument(const QString& argument)
+{
+    const QUrl url(argument);
+    if (url.scheme().size() > 1) // a drive-letter-like "c:" is no scheme
+        return url;
+    return QUrl::fromLocalFile(QDir::current().absoluteFilePath(argument));
+}
+
+void TrackOpener::open(const QList<QUrl>& urls)
+{
+    QList<QUrl> files;
+    for (const QUrl& url : urls) {
+        if (!url.isLocalFile()) {
+            printLine(QStringLiteral("Cannot open %1: only files on this computer can be played")
+                          .arg(url.toDisplayString()));
+            continue;
+        }
+        const QFileInfo file(url.toLocalFile());
+        if (!file.isFile()) {
+            printLine(QStringLiteral("Cannot open %1: %2")
+                          .arg(file.filePath(), file.isDir() ? QStringLiteral("It is a folder, not a file")
+                                                             : QStringLiteral("File does not exist")));
+            continue;
+        }
+        files.append(QUrl::fromLocalFile(file.absoluteFilePath()));
+    }
+    if (files.isEmpty())
+        return;
+    readTrackTagsAsync(files, this, [this, files](const QList<TrackTags>& tags) { addAndPlay(files, tags); });
+}
+
+void TrackOpener::addAndPlay(const QList<QUrl>& files, const QList<TrackTags>& tags)
+{
+    PLINK_CHECK(tags.size() == files.size(), "the tag reader gave a result per file");
+    if (!m_config.bringCurrentPlaylistIntoRange())
+        m_config.createPlaylist();
+    const QUuid id = m_config.playlists().at(m_config.currentPlaylistIndex()).id;
+    std::optional<QList<Track>> tracks = m_config.readPlaylistTracks(id);
+    if (!tracks) {
+        // Its message is printed; the file is kept beside itself before the
+        // new list replaces it, so that its tracks can be recovered by hand.
+        keepBrokenCopy(m_config.playlistFileURL(id));
+        tracks.emplace();
+    }
+    const qint64 first = tracks->size();
+    for (qsizetype i = 0; i < files.size(); ++i)
+        tracks->append(Track::make(files.at(i).toString(QUrl::FullyEncoded), tags.at(i).title, tags.at(i).artist));
+    m_config.writePlaylistTracks(id, *tracks);
+    // A failed write has been reported; the new tracks are not there to play.
+    const std::optional<QList<Track>> written = m_config.readPlaylistTracks(id);
+    if (!written || written->size() != tracks->size())
+        return;
+    m_config.setCurrentTrackIndex(first);
+    if (m_audioPlayer.isPlaying())
+        m_audioPlayer.stop();
+    m_transport.playCurrentTrack();
+    emit opened(int(files.size()));
+}
