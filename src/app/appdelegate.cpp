@@ -97,11 +97,16 @@ void AppDelegate::showSettings()
     // Opened where the floating player does not cover it; a place the user
     // chose since is kept as long as the player stays clear of it.
     const QRect player = m_contentView->frameGeometry();
-    if (!m_settingsView->isVisible() && (first || m_settingsView->frameGeometry().intersects(player))) {
-        QScreen* screen = m_contentView->screen() ? m_contentView->screen() : QGuiApplication::primaryScreen();
-        if (screen)
-            m_settingsView->move(
-                SettingsView::placeBeside(player, m_settingsView->frameGeometry().size(), screen->availableGeometry()));
+    QScreen* screen = m_contentView->screen();
+    if (screen && !m_settingsView->isVisible() && (first || m_settingsView->frameGeometry().intersects(player))) {
+        // Before it is first shown the window manager has not framed it yet:
+        // allow for a title bar and borders.
+        const QSize decoration = first ? QSize(8, 32) : m_settingsView->frameGeometry().size() - m_settingsView->size();
+        const QRect frame = SettingsView::placeBeside(player, m_settingsView->size() + decoration,
+                                                      m_settingsView->minimumSizeHint() + decoration,
+                                                      screen->availableGeometry());
+        m_settingsView->resize(frame.size() - decoration);
+        m_settingsView->move(frame.topLeft());
     }
     m_settingsView->show();
     m_settingsView->raise();

@@ -14,6 +14,9 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <limits>
+
 namespace {
 
 // Controls that do something with Space themselves: ticking a switch,
@@ -63,15 +66,49 @@ bool SettingsView::event(QEvent* event)
     return QWidget::event(event);
 }
 
-QPoint SettingsView::placeBeside(const QRect& player, const QSize& frame, const QRect& available)
+QRect SettingsView::placeBeside(const QRect& player, const QSize& frame, const QSize& smallest, const QRect& available)
 {
+    // Right of the player, left of it, below, above, centred: the first place
+    // where the whole window fits on the screen clear of the player. Failing
+    // that, the window narrowed to the room right or left of the player, if
+    // it still has the width its contents need. Failing that, the place among
+    // the first ones, pushed onto the screen, that the player covers least.
     constexpr int gap = 12;
-    const int top = std::clamp(player.top(), available.top(), std::max(available.top(), available.bottom() + 1 - frame.height()));
-    const int right = player.right() + 1 + gap;
-    if (right + frame.width() <= available.right() + 1)
-        return {right, top};
-    const int left = player.left() - gap - frame.width();
-    if (left >= available.left())
-        return {left, top};
-    return available.center() - QPoint(frame.width() / 2, frame.height() / 2);
+    const auto onScreen = [&](QRect at) {
+        at.moveLeft(std::clamp(at.x(), available.left(), std::max(available.left(), available.right() + 1 - at.width())));
+        at.moveTop(std::clamp(at.y(), available.top(), std::max(available.top(), available.bottom() + 1 - at.height())));
+        return at;
+    };
+    const auto coveredArea = [&](const QRect& at) {
+        const QRect covered = at.intersected(player);
+        return covered.isEmpty() ? 0 : qint64(covered.width()) * covered.height();
+    };
+    const QPoint corners[] = {
+        {player.right() + 1 + gap, player.top()},
+        {player.left() - gap - frame.width(), player.top()},
+        {player.left(), player.bottom() + 1 + gap},
+        {player.left(), player.top() - gap - frame.height()},
+        available.center() - QPoint(frame.width() / 2, frame.height() / 2),
+    };
+    QRect best;
+    qint64 leastCovered = std::numeric_limits<qint64>::max();
+    for (const QPoint corner : corners) {
+        const QRect wanted(corner, frame);
+        const QRect at = onScreen(wanted);
+        const qint64 area = coveredArea(at);
+        if (at == wanted && area == 0)
+            return at;
+        if (area < leastCovered) {
+            leastCovered = area;
+            best = at;
+        }
+    }
+    const int roomRight = available.right() - player.right() - gap;
+    const int roomLeft = player.left() - gap - available.left();
+    const int room = std::max(roomRight, roomLeft);
+    if (room >= smallest.width()) {
+        const int left = roomRight >= roomLeft ? player.right() + 1 + gap : available.left();
+        return onScreen(QRect(left, player.top(), std::min(room, frame.width()), frame.height()));
+    }
+    return best;
 }

@@ -13,9 +13,10 @@ public:
     explicit SettingsView(Config& config, QWidget* parent = nullptr);
     ~SettingsView() override;
 
-    // Where the window opens: beside the player (right, else left) on the
-    // player's screen where it fits, else centred on that screen.
-    static QPoint placeBeside(const QRect& player, const QSize& frame, const QRect& available);
+    // Where the window's frame opens on the player's screen: beside the
+    // player where it fits (narrowed, down to smallest, if need be), else
+    // where the player covers least of it.
+    static QRect placeBeside(const QRect& player, const QSize& frame, const QSize& smallest, const QRect& available);
 
 protected:
     bool event(QEvent* event) override;
