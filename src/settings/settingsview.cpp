@@ -68,8 +68,8 @@ bool SettingsView::event(QEvent* event)
 
 QRect SettingsView::placeBeside(const QRect& player, const QSize& frame, const QSize& smallest, const QRect& available)
 {
-    // Right of the player, left of it, below, above, centred: the first place
-    // where the whole window fits on the screen clear of the player. Failing
+    // Right of the player, left of it, below, above, centred, each pushed
+    // onto the screen: the first that keeps clear of the player. Failing
     // that, the window narrowed to the room right or left of the player, if
     // it still has the width its contents need. Failing that, the place among
     // the first ones, pushed onto the screen, that the player covers least.
@@ -93,10 +93,9 @@ QRect SettingsView::placeBeside(const QRect& player, const QSize& frame, const Q
     QRect best;
     qint64 leastCovered = std::numeric_limits<qint64>::max();
     for (const QPoint corner : corners) {
-        const QRect wanted(corner, frame);
-        const QRect at = onScreen(wanted);
+        const QRect at = onScreen(QRect(corner, frame));
         const qint64 area = coveredArea(at);
-        if (at == wanted && area == 0)
+        if (area == 0)
             return at;
         if (area < leastCovered) {
             leastCovered = area;
