@@ -5,3 +5,5 @@ plink_add_test(test_playerwindow_e2e SOURCES test_playerwindow_e2e.cpp playerfix
     LIBS plinkcore plinkart Qt6::Widgets DISPLAY)
 target_compile_definitions(test_playerwindow_e2e PRIVATE PLINK_EXECUTABLE="$<TARGET_FILE:plinkbox>")
 add_dependencies(test_playerwindow_e2e plinkbox)
+plink_add_test(test_trackopener SOURCES test_trackopener.cpp LIBS plinkapp)
+set_tests_properties(test_trackopener PROPERTIES RESOURCE_LOCK plinkbox_sink)
