@@ -277,8 +277,6 @@ private slots:
             QFile::remove(config.playlistFileURL(id));
         config.setLoopTracks(move.loop);
         config.setShuffleTracks(move.shuffle);
-        config.setCurrentTrackIndex(move.from);
-        QSignalSpy spy(&config, &Config::changed);
         StdoutCapture out;
         for (int round = 0; round < (move.shuffle ? 20 : 1); ++round) {
             config.setCurrentTrackIndex(move.from);
@@ -286,8 +284,6 @@ private slots:
             QCOMPARE(config.currentTrackIndex(), move.to);
         }
         QCOMPARE(out.lines().size(), move.count < 0 ? 1 : 0); // an unreadable file is reported
-        if (move.from == move.to)
-            QCOMPARE(spy.count(), 0); // no notice without a change
     }
 
     void shuffleIsFairAndTheDrawUnbiased()
@@ -316,9 +312,13 @@ private slots:
         QCOMPARE(uniformBelow(4, word), quint64(0));
     }
 
-    void themeFilesAreReadWholeOrNotAtAll()
+    void themesAreInstalledOnceReadWholeAndShown()
     {
         Config config;
+        // The test pictures hold neo-lime's close and player and one mini-blueberry picture.
+        const QString neo = config.themesFolder() + "/neo-lime";
+        QCOMPARE(QDir(neo).entryList(QDir::Files, QDir::Name), (QStringList{"close.png", "player.png", "theme.json"}));
+        QCOMPARE(readFile(neo + "/close.png"), readFile(":/themes/neo-lime-close@2x.png"));
         config.loadTheme(); // mini: only the two text sizes differ from the store's defaults
         QCOMPARE(config.trackTextSize(), 10);
         // A hand-edited file: only the changed properties notify, in field order.
@@ -341,42 +341,7 @@ private slots:
         QCOMPARE(out.lines().size(), 1);
         QVERIFY(out.lines().first().startsWith("Failed to read theme.json: "));
         QCOMPARE(config.geometry(), edited);
-    }
-
-    void themesAreInstalledOnceWithTheirLayouts()
-    {
-        Config config;
-        // The test pictures hold neo-lime's close and player and one mini-blueberry picture.
-        const QString neo = config.themesFolder() + "/neo-lime";
-        QCOMPARE(QDir(neo).entryList(QDir::Files, QDir::Name), (QStringList{"close.png", "player.png", "theme.json"}));
-        QCOMPARE(readFile(neo + "/close.png"), readFile(":/themes/neo-lime-close@2x.png"));
-        // With the Themes folder present nothing is installed again, not even a deleted theme.
-        QDir(neo).removeRecursively();
-        config.installThemes();
-        QVERIFY(!QFile::exists(neo));
-        // The second theme's folder cannot be made (a file of the first stands in its path):
-        // reported, and only that theme is skipped. A name whose family and colour are not
-        // known exactly gets the present geometry as its layout.
-        QDir(config.themesFolder()).removeRecursively();
-        config.setPlayerWidth(321.25);
-        config.setAvailableThemes({"mini-lime", "mini-lime/theme.json/x", "max-yuzu", "Neo-yuzu", "neo-cherry"});
-        StdoutCapture out;
-        config.installThemes();
-        QCOMPARE(out.lines().size(), 1);
-        QCOMPARE(QDir(config.themesFolder()).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name),
-                 (QStringList{"Neo-yuzu", "max-yuzu", "mini-lime", "neo-cherry"}));
-        const auto layout = [&](const QString& theme) {
-            return themeDataFromJson(readFile(config.themesFolder() + '/' + theme + "/theme.json")).value;
-        };
-        QCOMPARE(layout("mini-lime"), familyLayout(ThemeFamily::mini));
-        QCOMPARE(layout("max-yuzu"), familyLayout(ThemeFamily::max));
-        QCOMPARE(layout("Neo-yuzu"), config.geometry());
-        QCOMPARE(layout("neo-cherry"), config.geometry());
-    }
-
-    void picturesComeFromTheThemeFolderWithFallback()
-    {
-        Config config;
+        // Pictures come from the theme's folder.
         config.setCurrentTheme("neo-lime");
         const auto colour = [&] { return config.themePicture("close").pixel(0, 0); };
         QCOMPARE(config.themePicture("close").size(), QSize(34, 28));
@@ -402,6 +367,28 @@ private slots:
         QCOMPARE(colour(), qRgb(200, 0, 0));
         config.setCurrentTheme("not-installed");
         QCOMPARE(colour(), qRgb(200, 0, 0));
+
+        // With the Themes folder present nothing is installed again, not even a deleted theme.
+        QDir(neo).removeRecursively();
+        config.installThemes();
+        QVERIFY(!QFile::exists(neo));
+        // The second theme's folder cannot be made (a file of the first stands in its path):
+        // reported, and only that theme is skipped. A name whose family and colour are not
+        // known exactly gets the present geometry as its layout.
+        QDir(config.themesFolder()).removeRecursively();
+        config.setPlayerWidth(321.25);
+        config.setAvailableThemes({"mini-lime", "mini-lime/theme.json/x", "max-yuzu", "Neo-yuzu", "neo-cherry"});
+        config.installThemes();
+        QCOMPARE(out.lines().size(), 2);
+        QCOMPARE(QDir(config.themesFolder()).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name),
+                 (QStringList{"Neo-yuzu", "max-yuzu", "mini-lime", "neo-cherry"}));
+        const auto layout = [&](const QString& theme) {
+            return themeDataFromJson(readFile(config.themesFolder() + '/' + theme + "/theme.json")).value;
+        };
+        QCOMPARE(layout("mini-lime"), familyLayout(ThemeFamily::mini));
+        QCOMPARE(layout("max-yuzu"), familyLayout(ThemeFamily::max));
+        QCOMPARE(layout("Neo-yuzu"), config.geometry());
+        QCOMPARE(layout("neo-cherry"), config.geometry());
     }
 };
 
