@@ -45,7 +45,7 @@ private slots:
         // Nothing can be written into a file that stands where a folder should be.
         QTest::newRow("file for the application folder")
             << Fault{"file", "plinkBox-1", Action::createPlaylist, {"Could not write", saveFailed}};
-        QTest::newRow("file for a theme folder") << Fault{"file", "plinkBox/Themes/mini-blueberry", Action::writeDefaultTheme, {writeFailed}};
+        QTest::newRow("file for the Themes folder") << Fault{"file", "plinkBox/Themes", Action::writeDefaultTheme, {writeFailed}};
         // The Themes folder cannot be made at a first start: reported, and the start goes on.
         QTest::newRow("file for plinkBox") << Fault{"file", "plinkBox", Action::start, {"Could not create the folder", created}};
         // Nothing may remove the user's folder, and the entry still goes.
@@ -93,7 +93,7 @@ private slots:
         case Action::start: Config(); break;
         case Action::createPlaylist: config.createPlaylist(); break;
         case Action::deletePlaylist: config.deletePlaylist(mine); break;
-        case Action::writeDefaultTheme: config.writeDefaultTheme(config.currentTheme()); break;
+        case Action::writeDefaultTheme: config.writeDefaultTheme("two\nlines"); break; // a message stays one line
         case Action::fillDisk: // both new files several times larger than the room left
             config.setPlaylists({{mine, QString(64 * 1024, 'x')}});
             setrlimit(RLIMIT_FSIZE, &limited);

@@ -13,6 +13,7 @@
 #include <QSignalSpy>
 
 #include <cmath>
+#include <unistd.h>
 
 using namespace TestFiles;
 
@@ -239,6 +240,11 @@ private slots:
         QVERIFY(config.playlists().size() == 1 && fresh.id != three.at(0).id);
         QCOMPARE(readFile(config.playlistFileURL(fresh.id)), emptyPlaylist);
         QCOMPARE(storedSettings().playlists, QList<Playlist>{fresh});
+        // Tracks are written atomically: a reader holding the old file keeps it whole.
+        const QByteArray file = QFile::encodeName(config.playlistFileURL(fresh.id));
+        QVERIFY(link(file.constData(), (file + ".held").constData()) == 0);
+        config.writePlaylistTracks(fresh.id, {Track::make("file:///a.mp3", "A", "B")});
+        QCOMPARE(readFile(file + ".held"), emptyPlaylist);
         // An index read from a file may point past the catalogue.
         for (qint64 index : {1, -1}) {
             config.setCurrentPlaylistIndex(index);
