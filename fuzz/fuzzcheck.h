@@ -1,21 +1,31 @@
 #pragma once
 
-#include "roundtrip.h"
+#include "store/records.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
-// Runs one decoder over the fuzzer's bytes; a fault stops the run like a
-// crash, so that libFuzzer keeps the input.
-template <class Record>
-void fuzzDecoder(const uint8_t* data, size_t size, Decoded<Record> (*decode)(const QByteArray&),
-                 const char* what)
+// Stops the run like a crash, so that libFuzzer keeps the input.
+[[noreturn]] inline void fuzzFault(const char* what, const QString& fault)
 {
-    const QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size));
-    const QString fault = decoderFault(bytes, decode);
-    if (fault.isEmpty())
-        return;
-    std::fprintf(stderr, "%s decoder: %s\n", what, qPrintable(fault));
+    std::fprintf(stderr, "%s: %s\n", what, qPrintable(fault));
     std::abort();
+}
+
+// Runs one decoder over the fuzzer's bytes. A failure must say why; a decoded
+// record must survive being written and read again: the second decode gives
+// the same record, and writing that gives the same bytes.
+template <class Record>
+void fuzzDecoder(const uint8_t* data, size_t size, Decoded<Record> (*decode)(const QByteArray&), const char* what)
+{
+    const Decoded<Record> first = decode(QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size)));
+    if (!first && first.error.isEmpty())
+        fuzzFault(what, "a failed decode gives no reason");
+    if (!first)
+        return;
+    const QByteArray written = toJson(*first.value);
+    const Decoded<Record> again = decode(written);
+    if (!again || !(*again.value == *first.value) || toJson(*again.value) != written)
+        fuzzFault(what, "the record changes when written and read again: " + again.error + "\n" + QString::fromUtf8(written));
 }

@@ -1,6 +1,12 @@
-plink_add_test(test_records SOURCES test_records.cpp LIBS plinkcore)
-plink_add_test(test_config SOURCES test_config.cpp LIBS plinkcore)
-target_compile_definitions(test_config PRIVATE PLINKBOX_EXECUTABLE="$<TARGET_FILE:plinkbox>")
-add_dependencies(test_config plinkbox)
-plink_add_test(test_playlists SOURCES test_playlists.cpp LIBS plinkcore)
-plink_add_test(test_sequencing SOURCES test_sequencing.cpp LIBS plinkcore)
+# The store and its themes, with small pictures of one colour standing in for
+# the real ones; the last case starts the real program.
+plink_add_test(test_store SOURCES test_store.cpp LIBS plinkcore)
+target_compile_definitions(test_store PRIVATE PLINKBOX_EXECUTABLE="$<TARGET_FILE:plinkbox>")
+add_dependencies(test_store plinkbox)
+set_source_files_properties(data/pictures/fallback-close@2x.png
+    PROPERTIES QT_RESOURCE_ALIAS mini-blueberry-close@2x.png)
+qt_add_resources(test_store test_theme_pictures PREFIX /themes BASE data/pictures FILES
+    data/pictures/neo-lime-close@2x.png data/pictures/neo-lime-player@2x.png
+    data/pictures/mini-blueberry-close@2x.png)
+qt_add_resources(test_store test_fallback_pictures PREFIX /fallback BASE data/pictures FILES
+    data/pictures/fallback-close@2x.png)

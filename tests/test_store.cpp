@@ -1,0 +1,402 @@
+// The store and its themes; small pictures of one colour stand in for the real ones.
+#include "store/config.h"
+#include "store/jsonreader.h"
+#include "store/jsonwriter.h"
+#include "store/sequencing.h"
+#include "support/stdoutcapture.h"
+#include "support/testenvironment.h"
+#include "support/testfiles.h"
+#include "themes/defaultlayouts.h"
+
+#include <QGuiApplication>
+#include <QProcess>
+#include <QSignalSpy>
+
+#include <cmath>
+#include <unistd.h>
+
+using namespace TestFiles;
+
+namespace {
+
+const SettingsData defaults{"mini-blueberry", Config::defaultThemeCatalogue(), true, false, true, false, true, 0, {}};
+const QByteArray emptyPlaylist("{\n  \"tracks\" : []\n}");
+
+QByteArray dataFile(const QString& name)
+{
+    return readFile(QFINDTESTDATA("data/" + name));
+}
+
+QString playlistsFolder()
+{
+    return TestEnvironment::documents() + "/plinkBox-1/Playlists";
+}
+
+
+// One change to a data file, and whether the result still decodes.
+struct Edit {
+    QString file;
+    QByteArray from, to;
+    bool decodes = false;
+};
+
+// A move of the next/previous rules, in a playlist of count tracks (-1: no file).
+struct Move {
+    bool next;
+    int count, from;
+    bool loop, shuffle;
+    int to;
+};
+
+} // namespace
+
+class StoreTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { TestEnvironment::wipeHome(); }
+
+    void filesAreWrittenExactlyAndReadBack()
+    {
+        const PlaylistData twoTracks{{{QUuid("3f2504e0-4f89-41d3-9a0c-0305e82c3301"), "file:///home/me/Music/My%20Song.mp3",
+                                       "Tab\there\nnew line", "AC/DC"},
+                                      {QUuid("a1b2c3d4-e5f6-4711-8899-aabbccddeeff"), "file:///tmp/b.flac", "Track", "Unknown artist"}}};
+        const SettingsData unsorted{"neo-lime", {}, false, true, false, true, false, std::nullopt,
+                                    {{QUuid("3F2504E0-4F89-41D3-9A0C-0305E82C3301"), "Road \"trip\" \\ mix"}, {QUuid(), "Ünïcödé ♫"}}};
+        QCOMPARE(toJson(defaults), dataFile("settings-defaults.json"));
+        QCOMPARE(toJson(unsorted), dataFile("settings-no-selection.json"));
+        QCOMPARE(toJson(twoTracks), dataFile("playlist-two-tracks.json"));
+        QCOMPARE(toJson(PlaylistData{}), emptyPlaylist);
+        for (const QString& family : themeFamilyNames())
+            QCOMPARE(toJson(familyLayout(*familyOfTheme(family + "-lime"))), dataFile("theme-" + family + ".json"));
+        QCOMPARE(settingsDataFromJson(dataFile("settings-no-selection.json")).value, unsorted);
+        QCOMPARE(playlistDataFromJson(dataFile("playlist-two-tracks.json")).value, twoTracks);
+        // Shortest exact numbers, with an exponent only for the extremes.
+        const std::pair<double, const char*> numbers[]{{1.0 / 3, "0.3333333333333333"}, {-0.0, "0"}, {-0.0001, "-0.0001"},
+                                                       {1e20, "100000000000000000000"}, {1e21, "1e+21"}, {-1e-300, "-1e-300"}};
+        for (const auto& [number, text] : numbers)
+            QCOMPARE(jsonNumber(number), QByteArray(text));
+        // Half a surrogate pair (a JSON escape, broken UTF-16 in a tag) would be written
+        // as '?': it becomes U+FFFD where the text comes in. Whole pairs stay.
+        const QString bad(QChar::ReplacementCharacter);
+        const auto read = playlistDataFromJson(dataFile("playlist-two-tracks.json").replace("AC\\/DC", "\\udfb5\\ud83c\\udfb5\\ud83c"));
+        QCOMPARE(read.value->tracks.first().artist, bad + "🎵" + bad);
+        QCOMPARE(Track::make("file:///a", QString(QChar(0xd83c)), "B").trackName, bad);
+        QCOMPARE(Track::make("file:///a", "A", "B").id.version(), QUuid::Random);
+    }
+
+    void filesDecodeOnlyWhenWhole_data()
+    {
+        QTest::addColumn<Edit>("edit");
+        // Every member is required but the settings' selection; a stored track keeps its id.
+        for (const char* file : {"settings-defaults.json", "theme-mini.json", "playlist-two-tracks.json"}) {
+            QSet<QByteArray> keys;
+            for (const QByteArray& line : dataFile(file).split('\n')) {
+                const QByteArray key = line.left(line.indexOf("\" :") + 3).trimmed();
+                if (key.size() > 3 && !key.contains("lastSelectedPlaylistID") && !keys.contains(key)) {
+                    keys.insert(key);
+                    QTest::addRow("%s %s", file, key.constData()) << Edit{file, key, "\"renamed\" :"};
+                }
+            }
+        }
+        const char* settings = "settings-defaults.json";
+        const char* theme = "theme-mini.json";
+        QTest::newRow("no selection") << Edit{settings, "\"lastSelectedPlaylistID\" : 0,", "", true};
+        QTest::newRow("null selection") << Edit{settings, "\"lastSelectedPlaylistID\" : 0", "\"lastSelectedPlaylistID\" : null", true};
+        QTest::newRow("unknown keys") << Edit{settings, "\"playsSounds\"", "\"extra\" : {\"deep\" : [1]}, \"playsSounds\"", true};
+        QTest::newRow("lower-case id") << Edit{"playlist-two-tracks.json", "A1B2C3D4-E5F6-4711-8899-AABBCCDDEEFF",
+                                              "a1b2c3d4-e5f6-4711-8899-aabbccddeeff", true};
+        QTest::newRow("compact") << Edit{settings, "\n  ", "", true};
+        QTest::newRow("bool as string") << Edit{settings, "true", "\"true\""};
+        QTest::newRow("theme list holds a number") << Edit{settings, "\"neo-lime\"", "42"};
+        QTest::newRow("fractional index") << Edit{settings, "\"lastSelectedPlaylistID\" : 0", "\"lastSelectedPlaylistID\" : 0.5"};
+        QTest::newRow("id with braces") << Edit{settings, "\"playlists\" : []",
+                                               R"("playlists" : [{"id" : "{3F2504E0-4F89-41D3-9A0C-0305E82C3301}", "name" : "n"}])"};
+        QTest::newRow("entry is a string") << Edit{settings, "\"playlists\" : []", "\"playlists\" : [\"x\"]"};
+        QTest::newRow("not JSON") << Edit{settings, "{", "{,"};
+        QTest::newRow("an array") << Edit{settings, "{", "[{"};
+        QTest::newRow("fractional text size") << Edit{theme, "\"trackTextSize\" : 10", "\"trackTextSize\" : 10.5"};
+        QTest::newRow("text size beyond int") << Edit{theme, "\"trackTextSize\" : 10", "\"trackTextSize\" : 99999999999"};
+        QTest::newRow("flag as number") << Edit{theme, "\"textReversed\" : true", "\"textReversed\" : 1"};
+        QTest::newRow("width as string") << Edit{theme, "\"playerWidth\" : 269", "\"playerWidth\" : \"269\""};
+    }
+    void filesDecodeOnlyWhenWhole()
+    {
+        QFETCH(Edit, edit);
+        QByteArray bytes = dataFile(edit.file);
+        QVERIFY(bytes.contains(edit.from));
+        bytes.replace(edit.from, edit.to);
+        const QString error = edit.file.startsWith("settings") ? settingsDataFromJson(bytes).error
+            : edit.file.startsWith("theme")                    ? themeDataFromJson(bytes).error
+                                                               : playlistDataFromJson(bytes).error;
+        QVERIFY2(error.isEmpty() == edit.decodes, qPrintable(error));
+        if (edit.to == "\"renamed\" :") // a missing key is named
+            QVERIFY2(error.contains(edit.from.mid(1, edit.from.size() - 4)), qPrintable(error));
+    }
+
+    void startsFirstThenFromTheFiles()
+    {
+        {
+            Config config;
+            QCOMPARE(config.trackTextSize(), 9); // the store's own defaults, not the mini layout's 10
+            SettingsData expected = defaults;
+            expected.playlists = config.playlists();
+            QCOMPARE(expected.playlists.size(), 1);
+            QCOMPARE(storedSettings(), expected);
+            config.createPlaylist();
+            config.createPlaylist();
+            config.setCurrentTheme("neo-lime");
+            config.setLoopTracks(false);
+            config.setLastSelectedPlaylistID(2);
+            config.saveSettings();
+        }
+        StdoutCapture out;
+        Config config;
+        QCOMPARE(out.text(), QString()); // a normal start creates nothing and says nothing
+        QVERIFY(config.playlists().size() == 3 && !config.loopTracks());
+        QCOMPARE(config.currentPlaylistIndex(), 2);
+        QCOMPARE(config.playerWidth(), 130.0); // the neo layout file was read
+
+        // Only real changes notify, and points compare exactly, not with Qt's fuzzy equality.
+        QSignalSpy spy(&config, &Config::changed);
+        config.loadSettings();
+        config.setClosePos(config.closePos() + QPointF(1e-12, 0));
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(spy.at(0).at(0), QVariant::fromValue(Config::Property::closePos));
+        // Saving sorts the written catalogue only: upper case first, canonically equal
+        // names in their order, code points deciding (U+FFFD before U+1F3B5).
+        QList<Playlist> memory;
+        for (const char* name : {"b", "A", "a", "\u00e9t\u00e9", "Z", "e\u0301te\u0301", "a", "\U0001F3B5", "\uFFFD"})
+            memory.append({QUuid::createUuid(), QString::fromUtf8(name)});
+        config.setPlaylists(memory);
+        config.saveSettings();
+        QCOMPARE(config.playlists(), memory);
+        QList<Playlist> expected;
+        for (int i : {1, 4, 2, 6, 0, 3, 5, 8, 7})
+            expected.append(memory.at(i));
+        QCOMPARE(storedSettings().playlists, expected);
+        // Loads that fail say so and change nothing.
+        spy.clear();
+        QFile::remove(settingsPath());
+        config.loadSettings();
+        QDir().mkpath(settingsPath()); // a folder where the file should be
+        config.loadSettings();
+        QCOMPARE(out.lines().size(), 2);
+        QCOMPARE(out.lines().first(), "Settings file not found.");
+        QCOMPARE(spy.count(), 0);
+
+        // A start with an empty Playlists folder leaves it empty and the default settings as written.
+        TestEnvironment::wipeHome();
+        QDir().mkpath(playlistsFolder());
+        QVERIFY(Config().playlists().isEmpty() && QDir(playlistsFolder()).isEmpty());
+        QCOMPARE(storedSettings(), defaults);
+    }
+
+    void executableStopsWithoutDocuments()
+    {
+        QVERIFY(QDir(TestEnvironment::documents()).removeRecursively() && writeFile(TestEnvironment::documents(), "a file"));
+        QProcess process;
+        process.start(PLINKBOX_EXECUTABLE, {});
+        QVERIFY(process.waitForFinished(20000) && process.exitCode() != 0);
+        const QString output = process.readAllStandardOutput();
+        QVERIFY2(output.startsWith("Unable to locate document directory: ") && output.count('\n') == 1, qPrintable(output));
+    }
+
+    void playlistsAreCreatedAndDeletedById()
+    {
+        Config config;
+        config.setLastSelectedPlaylistID(5);
+        config.setCurrentPlaylistIndex(3);
+        StdoutCapture out;
+        config.createPlaylist();
+        QCOMPARE(out.lines(), QStringList{"New playlist written successfully."});
+        QCOMPARE(config.lastSelectedPlaylistID(), 0);
+        QCOMPARE(config.currentPlaylistIndex(), 3); // not touched
+        const Playlist added = config.playlists().value(1);
+        QCOMPARE(added.name, "Untitled");
+        QCOMPARE(config.playlistFileURL(added.id), playlistsFolder() + '/' + uuidText(added.id) + ".json");
+        QCOMPARE(readFile(config.playlistFileURL(added.id)), emptyPlaylist);
+        QCOMPARE(storedSettings().playlists, config.playlists());
+        // Same names, different ids: only the one asked for goes.
+        config.createPlaylist();
+        const QList<Playlist> three = config.playlists();
+        config.setLastSelectedPlaylistID(2);
+        config.deletePlaylist(three.at(1).id);
+        QCOMPARE(config.playlists(), (QList<Playlist>{three.at(0), three.at(2)}));
+        QCOMPARE(config.lastSelectedPlaylistID(), 0);
+        QVERIFY(!QFile::exists(config.playlistFileURL(three.at(1).id)));
+        // An unknown id: its stray file goes, nothing else changes and nothing is saved.
+        const QUuid stray = QUuid::createUuid();
+        QVERIFY(writeFile(config.playlistFileURL(stray), {}) && QFile::remove(settingsPath()));
+        QSignalSpy spy(&config, &Config::changed);
+        config.deletePlaylist(stray);
+        QVERIFY(!QFile::exists(config.playlistFileURL(stray)) && !QFile::exists(settingsPath()));
+        QCOMPARE(spy.count(), 0);
+        // The only playlist is replaced by a fresh one.
+        config.deletePlaylist(three.at(2).id);
+        config.deletePlaylist(three.at(0).id);
+        const Playlist fresh = config.playlists().value(0);
+        QVERIFY(config.playlists().size() == 1 && fresh.id != three.at(0).id);
+        QCOMPARE(readFile(config.playlistFileURL(fresh.id)), emptyPlaylist);
+        QCOMPARE(storedSettings().playlists, QList<Playlist>{fresh});
+        // Tracks are written atomically: a reader holding the old file keeps it whole.
+        const QByteArray file = QFile::encodeName(config.playlistFileURL(fresh.id));
+        QVERIFY(link(file.constData(), (file + ".held").constData()) == 0);
+        config.writePlaylistTracks(fresh.id, {Track::make("file:///a.mp3", "A", "B")});
+        QCOMPARE(readFile(file + ".held"), emptyPlaylist);
+        // An index read from a file may point past the catalogue.
+        for (qint64 index : {1, -1}) {
+            config.setCurrentPlaylistIndex(index);
+            QVERIFY(config.bringCurrentPlaylistIntoRange());
+            QCOMPARE(config.currentPlaylistIndex(), 0);
+        }
+        config.setPlaylists({});
+        QVERIFY(!config.bringCurrentPlaylistIntoRange());
+    }
+
+    void movesFollowLoopAndShuffleRules_data()
+    {
+        QTest::addColumn<Move>("move");
+        QTest::newRow("next in the middle") << Move{true, 3, 0, false, false, 1};
+        QTest::newRow("next from the last, no loop: stays") << Move{true, 3, 2, false, false, 2};
+        QTest::newRow("next from the last, loop: wraps") << Move{true, 3, 2, true, false, 0};
+        QTest::newRow("next beyond a shrunk list, no loop: stays") << Move{true, 3, 9, false, false, 9};
+        QTest::newRow("next beyond a shrunk list, loop: first") << Move{true, 3, 9, true, false, 0};
+        QTest::newRow("shuffle with one track, shrunk") << Move{true, 1, 4, false, true, 0};
+        QTest::newRow("shuffle with two tracks") << Move{true, 2, 0, false, true, 1};
+        QTest::newRow("previous from the first, no loop") << Move{false, 3, 0, false, false, 2};
+        QTest::newRow("previous from the first, loop") << Move{false, 3, 0, true, false, 2};
+        QTest::newRow("previous ignores shuffle") << Move{false, 3, 2, false, true, 1};
+        QTest::newRow("previous far beyond a shrunk list") << Move{false, 3, 11, false, false, 1};
+        QTest::newRow("next in an empty playlist") << Move{true, 0, 2, true, true, 2};
+        QTest::newRow("next without a playlist file") << Move{true, -1, 2, true, false, 2};
+        QTest::newRow("previous without a playlist file") << Move{false, -1, 2, false, false, 2};
+    }
+    void movesFollowLoopAndShuffleRules()
+    {
+        QFETCH(Move, move);
+        Config config;
+        const QUuid id = config.playlists().first().id;
+        config.writePlaylistTracks(id, QList<Track>(qMax(move.count, 0), Track::make("file:///a.mp3", "A", "B")));
+        if (move.count < 0)
+            QFile::remove(config.playlistFileURL(id));
+        config.setLoopTracks(move.loop);
+        config.setShuffleTracks(move.shuffle);
+        StdoutCapture out;
+        for (int round = 0; round < (move.shuffle ? 20 : 1); ++round) {
+            config.setCurrentTrackIndex(move.from);
+            move.next ? config.nextTrack() : config.previousTrack();
+            QCOMPARE(config.currentTrackIndex(), move.to);
+        }
+        QCOMPARE(out.lines().size(), move.count < 0 ? 1 : 0); // an unreadable file is reported
+    }
+
+    void shuffleIsFairAndTheDrawUnbiased()
+    {
+        Config config;
+        config.writePlaylistTracks(config.playlists().first().id, QList<Track>(4, Track::make("file:///a.mp3", "A", "B")));
+        config.setShuffleTracks(true);
+        int seen[4] = {};
+        for (int i = 0; i < 1200; ++i) {
+            config.setCurrentTrackIndex(1);
+            config.nextTrack();
+            ++seen[qBound(0, int(config.currentTrackIndex()), 3)];
+        }
+        // Each other index is expected 400 times; a chi-square over two degrees of
+        // freedom above 20 happens by chance less than once in 20,000.
+        const double chiSquare = (std::pow(seen[0] - 400, 2) + std::pow(seen[2] - 400, 2) + std::pow(seen[3] - 400, 2)) / 400;
+        QVERIFY2(seen[1] == 0 && chiSquare < 20, qPrintable(QString::number(chiSquare)));
+        // For n = 3, 2^64 mod 3 = 1: a word whose product with 3 leaves a low half of 0
+        // is drawn again. A power of two keeps every word.
+        const QList<quint64> words{0, 0x5555555555555556ULL, 0xFFFFFFFFFFFFFFFFULL, 0};
+        int calls = 0;
+        const auto word = [&] { return words.value(calls++, ~quint64(0)); };
+        QCOMPARE(uniformBelow(3, word), quint64(1)); // (2^64 + 2) / 3 * 3 = 2^64 + 2: high half 1
+        QCOMPARE(calls, 2);
+        QCOMPARE(uniformBelow(3, word), quint64(2));
+        QCOMPARE(uniformBelow(4, word), quint64(0));
+    }
+
+    void themesAreInstalledOnceReadWholeAndShown()
+    {
+        Config config;
+        // The test pictures hold neo-lime's close and player and one mini-blueberry picture.
+        const QString neo = config.themesFolder() + "/neo-lime";
+        QCOMPARE(QDir(neo).entryList(QDir::Files, QDir::Name), (QStringList{"close.png", "player.png", "theme.json"}));
+        QCOMPARE(readFile(neo + "/close.png"), readFile(":/themes/neo-lime-close@2x.png"));
+        config.loadTheme(); // mini: only the two text sizes differ from the store's defaults
+        QCOMPARE(config.trackTextSize(), 10);
+        // A hand-edited file: only the changed properties notify, in field order.
+        QSignalSpy spy(&config, &Config::changed);
+        ThemeData edited = familyLayout(ThemeFamily::mini);
+        edited.closePosY = 12;
+        edited.trackArtWidth = 90;
+        QVERIFY(writeFile(config.themeFileURL(), toJson(edited)));
+        config.loadTheme();
+        QCOMPARE(spy.count(), 2);
+        QCOMPARE(spy.at(0).at(0), QVariant::fromValue(Config::Property::closePos));
+        QCOMPARE(spy.at(1).at(0), QVariant::fromValue(Config::Property::trackArtWidth));
+        // A file lacking one key changes nothing and says so; a missing file is silent.
+        config.setCurrentTheme("max-graphite");
+        QVERIFY(writeFile(config.themeFileURL(), readFile(config.themeFileURL()).replace("\"trackArtHeight\"", "\"x\"")));
+        StdoutCapture out;
+        config.loadTheme();
+        config.setCurrentTheme("no-such-theme");
+        config.loadTheme();
+        QCOMPARE(out.lines().size(), 1);
+        QVERIFY(out.lines().first().startsWith("Failed to read theme.json: "));
+        QCOMPARE(config.geometry(), edited);
+        // Pictures come from the theme's folder.
+        config.setCurrentTheme("neo-lime");
+        const auto colour = [&] { return config.themePicture("close").pixel(0, 0); };
+        QCOMPARE(config.themePicture("close").size(), QSize(34, 28));
+        QCOMPARE(config.themePicture("close").devicePixelRatio(), 2.0);
+        QCOMPARE(colour(), qRgb(0, 200, 0));
+        // A picture the user replaced is shown at the next lookup, also when the new file
+        // keeps the old one's size and modification time, as a copy that keeps times does.
+        const QString close = config.themesFolder() + "/neo-lime/close.png";
+        QImage replacement(40, 30, QImage::Format_ARGB32);
+        for (QRgb fill : {qRgb(10, 20, 30), qRgb(30, 20, 10)}) {
+            const QDateTime time = QFileInfo(close).lastModified();
+            const qint64 size = QFileInfo(close).size();
+            QTest::qSleep(10); // file times are compared to the millisecond
+            replacement.fill(fill);
+            QFile copied(close);
+            QVERIFY(replacement.save(close) && copied.open(QIODevice::ReadWrite) && copied.setFileTime(time, QFileDevice::FileModificationTime));
+            copied.close();
+            QVERIFY(fill == qRgb(10, 20, 30) || (QFileInfo(close).size() == size && QFileInfo(close).lastModified() == time));
+            QCOMPARE(colour(), fill);
+        }
+        // Unreadable or missing: the built-in fallback, whatever the theme.
+        QVERIFY(writeFile(close, "not a png"));
+        QCOMPARE(colour(), qRgb(200, 0, 0));
+        config.setCurrentTheme("not-installed");
+        QCOMPARE(colour(), qRgb(200, 0, 0));
+
+        // With the Themes folder present nothing is installed again, not even a deleted theme.
+        QDir(neo).removeRecursively();
+        config.installThemes();
+        QVERIFY(!QFile::exists(neo));
+        // The second theme's folder cannot be made (a file of the first stands in its path):
+        // reported, and only that theme is skipped. A name whose family and colour are not
+        // known exactly gets the present geometry as its layout.
+        QDir(config.themesFolder()).removeRecursively();
+        config.setPlayerWidth(321.25);
+        config.setAvailableThemes({"mini-lime", "mini-lime/theme.json/x", "max-yuzu", "Neo-yuzu", "neo-cherry"});
+        config.installThemes();
+        QCOMPARE(out.lines().size(), 2);
+        QCOMPARE(QDir(config.themesFolder()).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name),
+                 (QStringList{"Neo-yuzu", "max-yuzu", "mini-lime", "neo-cherry"}));
+        const auto layout = [&](const QString& theme) {
+            return themeDataFromJson(readFile(config.themesFolder() + '/' + theme + "/theme.json")).value;
+        };
+        QCOMPARE(layout("mini-lime"), familyLayout(ThemeFamily::mini));
+        QCOMPARE(layout("max-yuzu"), familyLayout(ThemeFamily::max));
+        QCOMPARE(layout("Neo-yuzu"), config.geometry());
+        QCOMPARE(layout("neo-cherry"), config.geometry());
+    }
+};
+
+PLINK_TEST_MAIN_WITH(QGuiApplication, StoreTest)
+#include "test_store.moc"
