@@ -1,12 +1,10 @@
 #include "app/appdelegate.h"
 #include "app/singleinstance.h"
-#include "playback/mediabackend.h"
 
 #include <QApplication>
 
 int main(int argc, char* argv[])
 {
-    chooseMediaBackend(); // before any Qt object: the choice is read once
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("plinkBox"));
     QGuiApplication::setDesktopFileName(QStringLiteral("plinkbox"));

@@ -13,7 +13,6 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QMediaPlayer>
 #include <QStandardPaths>
 #include <QUrl>
 
@@ -218,7 +217,7 @@ void MprisService::setShuffle(bool on)
 
 qint64 MprisService::position() const
 {
-    const QMediaPlayer* player = m_audioPlayer.player();
+    const AudioFile* player = m_audioPlayer.player();
     return player ? player->position() * 1000 : 0;
 }
 
