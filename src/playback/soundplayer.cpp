@@ -90,7 +90,6 @@ void SoundPlayer::playSound(const QString& name)
     const auto bytes = uint32_t(sound->samples.size() * sizeof(float));
     const pa_buffer_attr buffer{uint32_t(-1), bytes, bytes, uint32_t(-1), uint32_t(-1)};
     m_playing = new Playing{stream, sound, 0};
-    m_lastFrames = qsizetype(sound->samples.size() / AudioDecoder::channels);
     pa_stream_set_write_callback(stream, &SoundPlayer::writeRequested, m_playing);
     pa_stream_connect_playback(stream, nullptr, &buffer, PA_STREAM_ADJUST_LATENCY, nullptr, nullptr);
 }

@@ -28,9 +28,6 @@ public:
 
     void playSound(const QString& name);
 
-    // Decoded frames of the sound played last; 0 before the first.
-    qsizetype lastSoundFrames() const { return m_lastFrames; }
-
 private:
     struct Sound {
         std::vector<float> samples; // interleaved stereo
@@ -45,5 +42,4 @@ private:
     std::unique_ptr<PulseConnection> m_connection;
     QHash<QString, std::shared_ptr<const Sound>> m_sounds;
     Playing* m_playing = nullptr; // under the connection's lock
-    qsizetype m_lastFrames = 0;
 };
