@@ -9,7 +9,6 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
-#include <libavutil/opt.h>
 #include <libswresample/swresample.h>
 }
 
@@ -184,8 +183,9 @@ bool AudioDecoder::setUpResampler(const AVFrame* frame)
     int result = swr_alloc_set_opts2(&m_resampler, &out, AV_SAMPLE_FMT_FLT, m_rate, &in,
                                      AVSampleFormat(frame->format), frame->sample_rate, 0, nullptr);
     // Mono goes to both sides at full level, as every player plays it.
+    static const double monoToBoth[2] = {1.0, 1.0};
     if (result >= 0 && in.nb_channels == 1)
-        av_opt_set_double(m_resampler, "center_mix_level", 1.0, 0);
+        result = swr_set_matrix(m_resampler, monoToBoth, 1);
     av_channel_layout_uninit(&in);
     if (result < 0 || swr_init(m_resampler) < 0) {
         swr_free(&m_resampler);

@@ -57,14 +57,14 @@ bool AudioPlayer::openStream(QString* error)
         // The stream reports from its own thread; these run here, queued.
         connect(m_stream.get(), &PlaybackStream::successorWanted, this, &AudioPlayer::queueSuccessor,
                 Qt::QueuedConnection);
-        const auto waypoint = [this](bool isEnd) {
-            return [this, isEnd](quint64 epoch, qint64 frame) {
-                m_waypoint = Waypoint{isEnd, epoch, frame};
-                armWaypoint();
-            };
-        };
-        connect(m_stream.get(), &PlaybackStream::queuedWritten, this, waypoint(false), Qt::QueuedConnection);
-        connect(m_stream.get(), &PlaybackStream::endWritten, this, waypoint(true), Qt::QueuedConnection);
+        connect(m_stream.get(), &PlaybackStream::queuedWritten, this, [this](quint64 epoch, qint64 frame) {
+            m_waypoint = Waypoint{false, epoch, frame, 0};
+            armWaypoint();
+        }, Qt::QueuedConnection);
+        connect(m_stream.get(), &PlaybackStream::playedOut, this, [this](quint64 epoch, double seconds) {
+            m_waypoint = Waypoint{true, epoch, 0, seconds};
+            armWaypoint();
+        }, Qt::QueuedConnection);
         connect(m_stream.get(), &PlaybackStream::trackFault, this, [this](quint64 token, const QString& reason) {
             const AudioFile* file = m_file && m_file->token() == token ? m_file.get() : m_queuedFile.get();
             if (file && file->token() == token)
@@ -192,12 +192,14 @@ void AudioPlayer::dropQueuedTrack()
     }
 }
 
-// Waits, on a precise timer, until the listener reaches the waypoint.
+// Waits, on a precise timer, until the listener reaches the waypoint: the
+// queued track's first frame, or the end once the output has played out.
 void AudioPlayer::armWaypoint()
 {
     if (!m_waypoint || !m_isPlaying || !m_stream)
         return;
-    const double seconds = m_stream->secondsUntil(m_waypoint->frame);
+    const double seconds = m_waypoint->isEnd ? m_waypoint->seconds : m_stream->secondsUntil(m_waypoint->frame);
+    m_waypoint->seconds = 0;
     m_waypointTimer.start(std::max(0, int(seconds * 1000) + 1));
 }
 
@@ -209,7 +211,7 @@ void AudioPlayer::arrive()
         m_waypoint.reset();
         return;
     }
-    if (m_stream->secondsUntil(m_waypoint->frame) > 0.001) {
+    if (!m_waypoint->isEnd && m_stream->secondsUntil(m_waypoint->frame) > 0.001) {
         armWaypoint();
         return;
     }

@@ -90,11 +90,13 @@ signals:
     void playFailed(const PlayError& error);
 
 private:
-    // A moment the listener will reach: the queued track's start, or the end.
+    // A moment the listener will reach: the queued track's first frame, or
+    // the end, seconds after the stream has drained.
     struct Waypoint {
         bool isEnd = false;
         quint64 epoch = 0;
         qint64 frame = 0;
+        double seconds = 0;
     };
 
     void setProgress(double value);

@@ -50,6 +50,7 @@ void PlaybackStream::closeStream()
         return;
     pa_stream_set_state_callback(m_stream, nullptr, nullptr);
     pa_stream_set_write_callback(m_stream, nullptr, nullptr);
+    pa_stream_set_underflow_callback(m_stream, nullptr, nullptr);
     if (PA_STREAM_IS_GOOD(pa_stream_get_state(m_stream)))
         pa_stream_disconnect(m_stream);
     pa_stream_unref(m_stream);
@@ -72,6 +73,7 @@ bool PlaybackStream::open(QString* error)
     }
     pa_stream_set_state_callback(m_stream, &PlaybackStream::stateChanged, this);
     pa_stream_set_write_callback(m_stream, &PlaybackStream::writeRequested, this);
+    pa_stream_set_underflow_callback(m_stream, &PlaybackStream::underflowed, this);
     const auto bytes = [&](double seconds) { return uint32_t(seconds * spec.rate) * uint32_t(frameBytes); };
     const pa_buffer_attr buffer{uint32_t(-1), bytes(bufferSeconds), bytes(startSeconds), bytes(refillSeconds),
                                 uint32_t(-1)};
@@ -103,6 +105,16 @@ void PlaybackStream::stateChanged(pa_stream* stream, void* self)
         emit playback->failed(QStringLiteral("The sound server stopped playing: ") +
                               QString::fromUtf8(pa_strerror(error ? error : PA_ERR_KILLED)));
     }
+}
+
+// The output has taken the last frame: its latency later, it is heard.
+void PlaybackStream::underflowed(pa_stream* stream, void* self)
+{
+    auto* playback = static_cast<PlaybackStream*>(self);
+    if (playback->m_tail != Tail::drained)
+        return;
+    const pa_timing_info* timing = pa_stream_get_timing_info(stream);
+    emit playback->playedOut(playback->m_epoch, timing ? double(timing->sink_usec) / 1e6 : 0);
 }
 
 void PlaybackStream::writeRequested(pa_stream*, size_t, void* self)
@@ -142,18 +154,18 @@ void PlaybackStream::fill()
         pa_stream_cancel_write(m_stream);
         if (m_writingQueued)
             break; // the queued track is written whole; more waits for its commit
+        if (!m_queued && m_tail == Tail::decoding) {
+            m_tail = Tail::asked;
+            emit successorWanted(m_epoch);
+        }
+        if (!m_queued && m_tail == Tail::asked)
+            break;
         if (!decoder.atEnd()) {
-            if (m_queued) {
+            // The input is used up; the resampler holds the last samples.
+            if (m_queued)
                 decoder.handOver(*m_queued);
-                continue;
-            }
-            if (m_tail == Tail::decoding) {
-                m_tail = Tail::asked;
-                emit successorWanted(m_epoch);
-            }
-            if (m_tail != Tail::last)
-                break;
-            decoder.finish();
+            else
+                decoder.finish();
             continue;
         }
         if (m_queued) {
@@ -168,8 +180,11 @@ void PlaybackStream::fill()
             if (!decoder.fault().isEmpty())
                 emit trackFault(m_activeToken, decoder.fault());
             m_tail = Tail::drained;
+            // Plays the last frames even below the start level; the
+            // underflow that follows tells that all went to the output.
             forget(pa_stream_drain(m_stream, nullptr, nullptr));
-            emit endWritten(m_epoch, m_written);
+            if (m_written == 0) // nothing to play in this epoch: no underflow will come
+                emit playedOut(m_epoch, 0);
         }
         break;
     }

@@ -58,7 +58,7 @@ public:
 signals:
     void successorWanted(quint64 epoch);
     void queuedWritten(quint64 epoch, qint64 frame); // where the queued track begins
-    void endWritten(quint64 epoch, qint64 frame);    // the last frame written, and drained
+    void playedOut(quint64 epoch, double seconds);   // the last frame is heard in seconds
     void trackFault(quint64 token, const QString& reason);
     void failed(const QString& reason);
 
@@ -67,6 +67,7 @@ private:
 
     static void writeRequested(pa_stream* stream, size_t bytes, void* self);
     static void stateChanged(pa_stream* stream, void* self);
+    static void underflowed(pa_stream* stream, void* self);
     void fill();
     void restart(double seconds);
     void cork(bool paused);
