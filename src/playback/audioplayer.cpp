@@ -58,11 +58,11 @@ bool AudioPlayer::openStream(QString* error)
         connect(m_stream.get(), &PlaybackStream::successorWanted, this, &AudioPlayer::queueSuccessor,
                 Qt::QueuedConnection);
         connect(m_stream.get(), &PlaybackStream::queuedWritten, this, [this](quint64 epoch, qint64 frame) {
-            m_waypoint = Waypoint{false, epoch, frame, 0};
+            m_waypoint = Waypoint{false, epoch, frame};
             armWaypoint();
         }, Qt::QueuedConnection);
-        connect(m_stream.get(), &PlaybackStream::playedOut, this, [this](quint64 epoch, double seconds) {
-            m_waypoint = Waypoint{true, epoch, 0, seconds};
+        connect(m_stream.get(), &PlaybackStream::endWritten, this, [this](quint64 epoch, qint64 frame) {
+            m_waypoint = Waypoint{true, epoch, frame};
             armWaypoint();
         }, Qt::QueuedConnection);
         connect(m_stream.get(), &PlaybackStream::trackFault, this, [this](quint64 token, const QString& reason) {
@@ -193,13 +193,14 @@ void AudioPlayer::dropQueuedTrack()
 }
 
 // Waits, on a precise timer, until the listener reaches the waypoint: the
-// queued track's first frame, or the end once the output has played out.
+// queued track's first frame, or the end.
 void AudioPlayer::armWaypoint()
 {
     if (!m_waypoint || !m_isPlaying || !m_stream)
         return;
-    const double seconds = m_waypoint->isEnd ? m_waypoint->seconds : m_stream->secondsUntil(m_waypoint->frame);
-    m_waypoint->seconds = 0;
+    // The first wait includes the output's latency; a check after it only
+    // needs the stream to have played out.
+    const double seconds = m_stream->secondsUntil(m_waypoint->frame);
     m_waypointTimer.start(std::max(0, int(seconds * 1000) + 1));
 }
 
@@ -211,7 +212,7 @@ void AudioPlayer::arrive()
         m_waypoint.reset();
         return;
     }
-    if (!m_waypoint->isEnd && m_stream->secondsUntil(m_waypoint->frame) > 0.001) {
+    if (m_stream->secondsUntil(m_waypoint->frame, m_waypoint->isEnd) > 0.001) {
         armWaypoint();
         return;
     }

@@ -91,12 +91,11 @@ signals:
 
 private:
     // A moment the listener will reach: the queued track's first frame, or
-    // the end, seconds after the stream has drained.
+    // the end.
     struct Waypoint {
         bool isEnd = false;
         quint64 epoch = 0;
         qint64 frame = 0;
-        double seconds = 0;
     };
 
     void setProgress(double value);

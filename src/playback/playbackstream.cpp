@@ -50,7 +50,6 @@ void PlaybackStream::closeStream()
         return;
     pa_stream_set_state_callback(m_stream, nullptr, nullptr);
     pa_stream_set_write_callback(m_stream, nullptr, nullptr);
-    pa_stream_set_underflow_callback(m_stream, nullptr, nullptr);
     if (PA_STREAM_IS_GOOD(pa_stream_get_state(m_stream)))
         pa_stream_disconnect(m_stream);
     pa_stream_unref(m_stream);
@@ -73,7 +72,6 @@ bool PlaybackStream::open(QString* error)
     }
     pa_stream_set_state_callback(m_stream, &PlaybackStream::stateChanged, this);
     pa_stream_set_write_callback(m_stream, &PlaybackStream::writeRequested, this);
-    pa_stream_set_underflow_callback(m_stream, &PlaybackStream::underflowed, this);
     const auto bytes = [&](double seconds) { return uint32_t(seconds * spec.rate) * uint32_t(frameBytes); };
     const pa_buffer_attr buffer{uint32_t(-1), bytes(bufferSeconds), bytes(startSeconds), bytes(refillSeconds),
                                 uint32_t(-1)};
@@ -105,16 +103,6 @@ void PlaybackStream::stateChanged(pa_stream* stream, void* self)
         emit playback->failed(QStringLiteral("The sound server stopped playing: ") +
                               QString::fromUtf8(pa_strerror(error ? error : PA_ERR_KILLED)));
     }
-}
-
-// The output has taken the last frame: its latency later, it is heard.
-void PlaybackStream::underflowed(pa_stream* stream, void* self)
-{
-    auto* playback = static_cast<PlaybackStream*>(self);
-    if (playback->m_tail != Tail::drained)
-        return;
-    const pa_timing_info* timing = pa_stream_get_timing_info(stream);
-    emit playback->playedOut(playback->m_epoch, timing ? double(timing->sink_usec) / 1e6 : 0);
 }
 
 void PlaybackStream::writeRequested(pa_stream*, size_t, void* self)
@@ -180,11 +168,9 @@ void PlaybackStream::fill()
             if (!decoder.fault().isEmpty())
                 emit trackFault(m_activeToken, decoder.fault());
             m_tail = Tail::drained;
-            // Plays the last frames even below the start level; the
-            // underflow that follows tells that all went to the output.
+            // Plays the last frames even below the start level.
             forget(pa_stream_drain(m_stream, nullptr, nullptr));
-            if (m_written == 0) // nothing to play in this epoch: no underflow will come
-                emit playedOut(m_epoch, 0);
+            emit endWritten(m_epoch, m_written);
         }
         break;
     }
@@ -345,10 +331,27 @@ double PlaybackStream::position(quint64 token)
     return -1;
 }
 
-double PlaybackStream::secondsUntil(qint64 frame)
+double PlaybackStream::secondsUntil(qint64 frame, bool last)
 {
     PulseLocker locker(m_connection);
     bool known = false;
     const qint64 heard = heardFrames(&known);
-    return known ? double(frame - heard) / m_connection.rate() : 0.05;
+    const pa_timing_info* timing = known ? pa_stream_get_timing_info(m_stream) : nullptr;
+    if (!timing)
+        return 0.05;
+    const double seconds = double(frame - heard) / m_connection.rate();
+    if (!last)
+        return seconds;
+    // Past the last write the server's figures age and its interpolation
+    // stops short of the end, so the stream's own buffer is asked for
+    // afresh: once it holds nothing, the first wait (which counted the
+    // output's latency) is over and the end is heard.
+    if (!m_timingFresh) {
+        forget(pa_stream_update_timing_info(m_stream, [](pa_stream*, int, void* self) {
+            static_cast<PlaybackStream*>(self)->m_timingFresh = true;
+        }, this));
+        return 0.02;
+    }
+    m_timingFresh = false;
+    return double(timing->write_index - timing->read_index) / double(frameBytes) / m_connection.rate();
 }

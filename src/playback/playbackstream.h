@@ -52,13 +52,14 @@ public:
 
     // Seconds into track `token` that the listener hears; -1 when unknown.
     double position(quint64 token);
-    // Seconds until the listener hears frame; zero or less once heard.
-    double secondsUntil(qint64 frame);
+    // Seconds until the listener hears frame, or the end at frame when it
+    // is the last; zero or less once heard.
+    double secondsUntil(qint64 frame, bool last = false);
 
 signals:
     void successorWanted(quint64 epoch);
     void queuedWritten(quint64 epoch, qint64 frame); // where the queued track begins
-    void playedOut(quint64 epoch, double seconds);   // the last frame is heard in seconds
+    void endWritten(quint64 epoch, qint64 frame);    // the frame after the last
     void trackFault(quint64 token, const QString& reason);
     void failed(const QString& reason);
 
@@ -67,7 +68,6 @@ private:
 
     static void writeRequested(pa_stream* stream, size_t bytes, void* self);
     static void stateChanged(pa_stream* stream, void* self);
-    static void underflowed(pa_stream* stream, void* self);
     void fill();
     void restart(double seconds);
     void cork(bool paused);
@@ -87,4 +87,5 @@ private:
     Tail m_tail = Tail::decoding;
     bool m_paused = true;
     float m_volume = 1.0f;
+    bool m_timingFresh = false; // a timing update asked for has come
 };
