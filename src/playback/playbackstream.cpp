@@ -213,8 +213,16 @@ void PlaybackStream::seek(double seconds)
 // afresh, from seconds if that is not negative, else from where it stands.
 void PlaybackStream::restart(double seconds)
 {
-    if (m_stream)
+    if (m_stream) {
+        // Corking first takes back what the output holds of ours (up to its
+        // whole latency, a second when we are its only stream): a flush
+        // alone would leave that to be heard before the new place.
+        if (!m_paused)
+            forget(pa_stream_cork(m_stream, 1, nullptr, nullptr));
         forget(pa_stream_flush(m_stream, nullptr, nullptr));
+        if (!m_paused)
+            forget(pa_stream_cork(m_stream, 0, nullptr, nullptr));
+    }
     ++m_epoch;
     m_written = 0;
     m_activeFrom = 0;
