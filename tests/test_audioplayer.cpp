@@ -7,6 +7,7 @@
 #include <QScopeGuard>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cmath>
 
 using namespace AudioFixtures;
@@ -126,13 +127,15 @@ private slots:
     void tracksJoinWithoutAGap_data()
     {
         QTest::addColumn<QString>("suffix");
-        QTest::newRow("flac") << QStringLiteral("flac");
-        QTest::newRow("mp3") << QStringLiteral("mp3");
+        QTest::addColumn<double>("tolerance"); // of a cycle's level: lossless is exact
+        QTest::newRow("flac") << QStringLiteral("flac") << 0.0025;
+        QTest::newRow("mp3") << QStringLiteral("mp3") << 0.1;
     }
     void tracksJoinWithoutAGap()
     {
         SKIP_WITHOUT_SINK();
         QFETCH(QString, suffix);
+        QFETCH(double, tolerance);
         QTemporaryDir folder;
         QStringList cuts;
         for (int i = 0; i < 3; ++i) {
@@ -161,12 +164,19 @@ private slots:
         const double end = now - recorder.lastSoundBefore(now);
         QVERIFY2(qAbs(end - start - 6.0) < 0.003, qPrintable(QStringLiteral("%1 s of sound").arg(end - start)));
         // Whole cycles have one level wherever they start: a lost or repeated
-        // piece shows as a window off that level.
+        // piece, or a filter's edge, shows as a window off that level. Near
+        // the joins a lossless file is held to its exact level.
         const QList<double> cycles = recorder.levels(0.1 / 48, start + 0.01);
-        const double steady = 0.125 / std::sqrt(2.0);
-        for (qsizetype i = 0; i < cycles.size() && (i + 1) * 0.1 / 48 < end - start - 0.02; ++i)
-            QVERIFY2(qAbs(cycles.at(i) - steady) < 0.1 * steady,
-                     qPrintable(QStringLiteral("%1 at %2 s").arg(cycles.at(i)).arg(i * 0.1 / 48)));
+        QList<double> sorted = cycles;
+        std::sort(sorted.begin(), sorted.end());
+        const double steady = sorted.at(sorted.size() / 2);
+        QVERIFY(qAbs(steady - 0.125 / std::sqrt(2.0)) < 0.01);
+        for (qsizetype i = 0; i < cycles.size() && (i + 1) * 0.1 / 48 < end - start - 0.02; ++i) {
+            const double at = 0.01 + i * 0.1 / 48;
+            const bool nearJoin = qAbs(at - 2) < 0.05 || qAbs(at - 4) < 0.05;
+            QVERIFY2(qAbs(cycles.at(i) - steady) < (nearJoin ? tolerance : 0.1) * steady,
+                     qPrintable(QStringLiteral("%1 at %2 s").arg(cycles.at(i)).arg(at)));
+        }
     }
 
     // Refused files leave the open one playing. A track ends once, by

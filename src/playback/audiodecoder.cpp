@@ -161,7 +161,7 @@ bool AudioDecoder::open(const char* url, QString* error)
         m_duration = double(m_format->duration) / AV_TIME_BASE;
 
     // The first frame decoded now, so that a file of noise fails here; it is
-    // converted at the first read, by whichever resampler is ours by then.
+    // converted at the first read.
     m_held = av_frame_alloc();
     if (!m_held || !nextFrame()) {
         *error = m_fault.isEmpty() ? QStringLiteral("No audio could be decoded") : m_fault;
@@ -328,26 +328,6 @@ void AudioDecoder::finish()
     auto* out = reinterpret_cast<uint8_t*>(m_pending.data() + old);
     const int made = swr_convert(m_resampler, &out, room, nullptr, 0);
     m_pending.resize(old + size_t(std::max(made, 0)) * channels);
-}
-
-bool AudioDecoder::handOver(AudioDecoder& next)
-{
-    // Only a decoder that has converted nothing yet can take our resampler,
-    // which still holds our last samples.
-    const AVFrame* first = next.m_held;
-    const bool sameInput = m_resampler && !m_finished && !next.m_resampler && first && first->nb_samples > 0 &&
-        first->format == m_inFormat && first->sample_rate == m_inRate &&
-        first->ch_layout.nb_channels == m_inChannels && next.m_rate == m_rate;
-    if (!sameInput) {
-        finish();
-        return false;
-    }
-    std::swap(m_resampler, next.m_resampler);
-    next.m_inFormat = m_inFormat;
-    next.m_inRate = m_inRate;
-    next.m_inChannels = m_inChannels;
-    m_finished = true;
-    return true;
 }
 
 void AudioDecoder::seek(double seconds)

@@ -40,15 +40,11 @@ public:
     int rate() const { return m_rate; }
 
     // Up to frames frames into out; fewer only once the input is used up.
-    // The resampler's last samples stay in it until finish() or handOver().
+    // The resampler's last samples stay in it until finish().
     qsizetype read(float* out, qsizetype frames);
     bool inputDone() const { return m_inputDone && !hasHeldFrame() && m_pending.size() == m_pendingRead; }
     // After inputDone(): the resampler's last samples become readable.
     void finish();
-    // After inputDone(): next converts with this decoder's resampler when it
-    // reads the same format, so no filter edge is heard at the join; else
-    // this decoder finishes. True when next took it over.
-    bool handOver(AudioDecoder& next);
     bool atEnd() const { return m_finished && m_pending.size() == m_pendingRead; }
 
     // Moves to seconds from the start; at or past the end, to the end.

@@ -150,10 +150,7 @@ void PlaybackStream::fill()
             break;
         if (!decoder.atEnd()) {
             // The input is used up; the resampler holds the last samples.
-            if (m_queued)
-                decoder.handOver(*m_queued);
-            else
-                decoder.finish();
+            decoder.finish();
             continue;
         }
         if (m_queued) {
