@@ -179,6 +179,23 @@ private slots:
         }
     }
 
+    // The next track is queued as soon as the short first one is decoded;
+    // a playlist rewritten meanwhile drops it, and the end of the track then
+    // plays what the rewritten list holds.
+    void aChangedPlaylistDropsTheQueuedTrack()
+    {
+        QStringList tones;
+        for (const char* name : {"a.wav", "b.wav", "c.wav"})
+            tones.append(tone(QString::fromLatin1(name), 1.0));
+        PlayerFixture::Rig rig(tones);
+        rig.transport.playPausePressed();
+        QTest::qWait(300);
+        rig.config.writePlaylistTracks(rig.three, {PlayerFixture::trackOf(tones[0], 1),
+                                                   PlayerFixture::trackOf(tones[2], 3)});
+        QTRY_COMPARE_WITH_TIMEOUT(rig.config.currentTrackIndex(), 1, 2000);
+        QCOMPARE(rig.player.currentUrl(), url(tones[2]));
+    }
+
     // Refused files leave the open one playing. A track ends once, by
     // itself or by a seek to its end, and a paused one stays at its end. A
     // file cut short prints one line and ends where its audio ends.
