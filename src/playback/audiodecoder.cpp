@@ -1,6 +1,8 @@
 #include "playback/audiodecoder.h"
 
 #include <QFile>
+#include <QFileInfo>
+#include <QHash>
 
 #include <algorithm>
 #include <cmath>
@@ -43,6 +45,19 @@ std::unique_ptr<AudioDecoder> AudioDecoder::openFile(const QString& path, int ra
     decoder->m_rate = rate;
     // The file system's own bytes for the name: any letters, '#', '%' or '?'.
     const QByteArray name = QFile::encodeName(path);
+    // The demuxer its suffix names is tried first: probing runs through every
+    // demuxer FFmpeg has (and the libraries behind them), which costs
+    // megabytes of memory for nothing when the name is right.
+    static const QHash<QString, const char*> bySuffix{
+        {QStringLiteral("mp3"), "mp3"}, {QStringLiteral("flac"), "flac"}, {QStringLiteral("ogg"), "ogg"},
+        {QStringLiteral("oga"), "ogg"}, {QStringLiteral("opus"), "ogg"}, {QStringLiteral("m4a"), "mov"},
+        {QStringLiteral("mp4"), "mov"}, {QStringLiteral("wav"), "wav"}, {QStringLiteral("aif"), "aiff"},
+        {QStringLiteral("aiff"), "aiff"}};
+    const char* guess = bySuffix.value(QFileInfo(path).suffix().toLower());
+    if (guess && decoder->open(name.constData(), error, av_find_input_format(guess)))
+        return decoder;
+    decoder.reset(new AudioDecoder);
+    decoder->m_rate = rate;
     if (!decoder->open(name.constData(), error))
         return nullptr;
     return decoder;
@@ -116,7 +131,7 @@ AudioDecoder::~AudioDecoder()
     }
 }
 
-bool AudioDecoder::open(const char* url, QString* error)
+bool AudioDecoder::open(const char* url, QString* error, const AVInputFormat* format)
 {
     m_format = avformat_alloc_context();
     m_packet = av_packet_alloc();
@@ -129,7 +144,7 @@ bool AudioDecoder::open(const char* url, QString* error)
         m_format->pb = m_io;
         m_format->flags |= AVFMT_FLAG_CUSTOM_IO;
     }
-    int result = avformat_open_input(&m_format, url, nullptr, nullptr); // frees m_format on failure
+    int result = avformat_open_input(&m_format, url, format, nullptr); // frees m_format on failure
     if (result >= 0)
         result = avformat_find_stream_info(m_format, nullptr);
     if (result < 0) {

@@ -9,6 +9,7 @@
 struct AVCodecContext;
 struct AVFormatContext;
 struct AVFrame;
+struct AVInputFormat;
 struct AVIOContext;
 struct AVPacket;
 struct SwrContext;
@@ -55,7 +56,7 @@ public:
 
 private:
     AudioDecoder() = default;
-    bool open(const char* url, QString* error);
+    bool open(const char* url, QString* error, const AVInputFormat* format = nullptr);
     bool setUpResampler(const AVFrame* frame);
     bool hasHeldFrame() const;
     void decodeMore();
