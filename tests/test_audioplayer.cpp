@@ -248,12 +248,15 @@ private slots:
     {
         QTemporaryDir runtime;
         const QString socket = runtime.filePath(QStringLiteral("native"));
-        QProcess server;
+        QProcess server, awake; // a silent stream keeps the null sink to real time, as on a device
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("HOME"), runtime.path());
         environment.insert(QStringLiteral("PULSE_RUNTIME_PATH"), runtime.path());
+        environment.insert(QStringLiteral("PULSE_SERVER"), QStringLiteral("unix:") + socket);
         environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")); // the bus name is the test desktop's
         server.setProcessEnvironment(environment);
+        awake.setProcessEnvironment(environment);
+        awake.setStandardInputFile(QStringLiteral("/dev/zero"));
         const auto startServer = [&] {
             server.start(QStringLiteral("pulseaudio"),
                          {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--exit-idle-time=-1"),
@@ -261,13 +264,17 @@ private slots:
                           QStringLiteral("module-native-protocol-unix socket=%1 auth-anonymous=1").arg(socket),
                           QStringLiteral("-L"), QStringLiteral("module-null-sink")});
             QTRY_VERIFY(QFile::exists(socket));
+            awake.start(QStringLiteral("pacat"), {QStringLiteral("--latency-msec=10"), QStringLiteral("--raw")});
+            QTest::qWait(500);
         };
         const QByteArray previous = qgetenv("PULSE_SERVER");
         qputenv("PULSE_SERVER", "unix:" + QFile::encodeName(socket));
         const auto restore = qScopeGuard([&] {
             qputenv("PULSE_SERVER", previous);
-            server.terminate();
-            server.waitForFinished(5000);
+            for (QProcess* process : {&awake, &server}) {
+                process->terminate();
+                process->waitForFinished(5000);
+            }
         });
         const QString path = tone(QStringLiteral("long.ogg"), Tone(20.0));
         AudioPlayer player;

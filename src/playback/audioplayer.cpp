@@ -196,12 +196,8 @@ void AudioPlayer::dropQueuedTrack()
 // queued track's first frame, or the end.
 void AudioPlayer::armWaypoint()
 {
-    if (!m_waypoint || !m_isPlaying || !m_stream)
-        return;
-    // The first wait includes the output's latency; a check after it only
-    // needs the stream to have played out.
-    const double seconds = m_stream->secondsUntil(m_waypoint->frame);
-    m_waypointTimer.start(std::max(0, int(seconds * 1000) + 1));
+    if (m_waypoint && m_isPlaying)
+        m_waypointTimer.start(0);
 }
 
 void AudioPlayer::arrive()
@@ -212,8 +208,10 @@ void AudioPlayer::arrive()
         m_waypoint.reset();
         return;
     }
-    if (m_stream->secondsUntil(m_waypoint->frame, m_waypoint->isEnd) > 0.001) {
-        armWaypoint();
+    const double left =
+        m_waypoint->isEnd ? m_stream->secondsUntilEnd() : m_stream->secondsUntil(m_waypoint->frame);
+    if (left > 0.001) {
+        m_waypointTimer.start(int(left * 1000) + 1);
         return;
     }
     const bool isEnd = m_waypoint->isEnd;

@@ -124,6 +124,8 @@ void PlaybackStream::fill()
     if (!m_stream || pa_stream_get_state(m_stream) != PA_STREAM_READY || !m_active)
         return;
     size_t room = pa_stream_writable_size(m_stream);
+    if (room == size_t(-1))
+        return; // the connection is failing; its failure is reported by itself
     bool wrote = false;
     while (room >= frameBytes) {
         AudioDecoder& decoder = m_writingQueued ? *m_queued : *m_active;
@@ -133,7 +135,8 @@ void PlaybackStream::fill()
             break;
         const qsizetype frames = decoder.read(static_cast<float*>(data), qsizetype(size / frameBytes));
         if (frames > 0) {
-            pa_stream_write(m_stream, data, size_t(frames) * frameBytes, nullptr, 0, PA_SEEK_RELATIVE);
+            if (pa_stream_write(m_stream, data, size_t(frames) * frameBytes, nullptr, 0, PA_SEEK_RELATIVE) < 0)
+                break;
             m_written += frames;
             room -= size_t(frames) * frameBytes;
             wrote = true;
@@ -165,6 +168,7 @@ void PlaybackStream::fill()
             if (!decoder.fault().isEmpty())
                 emit trackFault(m_activeToken, decoder.fault());
             m_tail = Tail::drained;
+            m_outputEmptying = false;
             // Plays the last frames even below the start level.
             forget(pa_stream_drain(m_stream, nullptr, nullptr));
             emit endWritten(m_epoch, m_written);
@@ -198,6 +202,7 @@ void PlaybackStream::cork(bool paused)
         forget(pa_stream_update_timing_info(m_stream, nullptr, nullptr));
     }
     m_paused = paused;
+    m_outputEmptying = false;
 }
 
 void PlaybackStream::seek(double seconds)
@@ -231,6 +236,7 @@ void PlaybackStream::restart(double seconds)
     m_writingQueued = false;
     m_queuedFrom = -1;
     m_tail = Tail::decoding;
+    m_outputEmptying = false;
     if (m_stream) {
         forget(pa_stream_update_timing_info(m_stream, nullptr, nullptr));
         m_connection.post([this] { fill(); });
@@ -336,27 +342,41 @@ double PlaybackStream::position(quint64 token)
     return -1;
 }
 
-double PlaybackStream::secondsUntil(qint64 frame, bool last)
+double PlaybackStream::secondsUntil(qint64 frame)
 {
     PulseLocker locker(m_connection);
     bool known = false;
     const qint64 heard = heardFrames(&known);
-    const pa_timing_info* timing = known ? pa_stream_get_timing_info(m_stream) : nullptr;
-    if (!timing)
-        return 0.05;
-    const double seconds = double(frame - heard) / m_connection.rate();
-    if (!last)
-        return seconds;
-    // Past the last write the server's figures age and its interpolation
-    // stops short of the end, so the stream's own buffer is asked for
-    // afresh: once it holds nothing, the first wait (which counted the
-    // output's latency) is over and the end is heard.
-    if (!m_timingFresh) {
-        forget(pa_stream_update_timing_info(m_stream, [](pa_stream*, int, void* self) {
-            static_cast<PlaybackStream*>(self)->m_timingFresh = true;
-        }, this));
+    return known ? double(frame - heard) / m_connection.rate() : 0.05;
+}
+
+// The server's interpolated figures are good while music flows, but once
+// the stream runs dry they stop short of the end, and when the output reads
+// far ahead (its latency is a second when ours is its only stream) they lag.
+// So the end is judged by fresh figures instead: the stream's own buffer
+// empties, and the output's latency after that the last frame is heard.
+double PlaybackStream::secondsUntilEnd()
+{
+    PulseLocker locker(m_connection);
+    if (m_written == 0)
+        return 0; // nothing was written since the flush (a seek to the end)
+    const pa_timing_info* timing = m_stream ? pa_stream_get_timing_info(m_stream) : nullptr;
+    if (!m_timingFresh || !timing) {
+        if (m_stream)
+            forget(pa_stream_update_timing_info(m_stream, [](pa_stream*, int, void* self) {
+                static_cast<PlaybackStream*>(self)->m_timingFresh = true;
+            }, this));
         return 0.02;
     }
     m_timingFresh = false;
-    return double(timing->write_index - timing->read_index) / double(frameBytes) / m_connection.rate();
+    const double buffered = double(timing->write_index - timing->read_index) / double(frameBytes) / m_connection.rate();
+    if (buffered > 0.001) {
+        m_outputEmptying = false;
+        return buffered;
+    }
+    if (!m_outputEmptying) {
+        m_outputEmptying = true;
+        return double(timing->sink_usec) / 1e6 + 0.001;
+    }
+    return 0;
 }

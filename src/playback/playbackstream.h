@@ -52,9 +52,11 @@ public:
 
     // Seconds into track `token` that the listener hears; -1 when unknown.
     double position(quint64 token);
-    // Seconds until the listener hears frame, or the end at frame when it
-    // is the last; zero or less once heard.
-    double secondsUntil(qint64 frame, bool last = false);
+    // Seconds until the listener hears frame; zero or less once heard.
+    double secondsUntil(qint64 frame);
+    // After endWritten: about how long until the last frame is heard; zero
+    // once it is. Asks the server afresh, so call it again after the wait.
+    double secondsUntilEnd();
 
 signals:
     void successorWanted(quint64 epoch);
@@ -87,5 +89,6 @@ private:
     Tail m_tail = Tail::decoding;
     bool m_paused = true;
     float m_volume = 1.0f;
-    bool m_timingFresh = false; // a timing update asked for has come
+    bool m_timingFresh = false;    // a timing update asked for has come
+    bool m_outputEmptying = false; // the stream is empty; the output plays out
 };
