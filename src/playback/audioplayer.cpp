@@ -208,8 +208,7 @@ void AudioPlayer::arrive()
         m_waypoint.reset();
         return;
     }
-    const double left =
-        m_waypoint->isEnd ? m_stream->secondsUntilEnd() : m_stream->secondsUntil(m_waypoint->frame);
+    const double left = m_stream->secondsUntil(m_waypoint->frame);
     if (left > 0.001) {
         m_waypointTimer.start(int(left * 1000) + 1);
         return;

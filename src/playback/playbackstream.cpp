@@ -5,6 +5,7 @@
 #include <pulse/context.h>
 #include <pulse/error.h>
 #include <pulse/introspect.h>
+#include <pulse/rtclock.h>
 #include <pulse/stream.h>
 #include <pulse/volume.h>
 
@@ -77,8 +78,7 @@ bool PlaybackStream::open(QString* error)
                                 uint32_t(-1)};
     pa_cvolume volume;
     pa_cvolume_set(&volume, spec.channels, pa_sw_volume_from_linear(m_volume));
-    const auto flags = pa_stream_flags_t(PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_NOT_MONOTONIC |
-                                         PA_STREAM_START_CORKED);
+    const auto flags = PA_STREAM_START_CORKED;
     m_paused = true;
     if (pa_stream_connect_playback(m_stream, nullptr, &buffer, flags, &volume, nullptr) == 0) {
         while (PA_STREAM_IS_GOOD(pa_stream_get_state(m_stream)) &&
@@ -168,7 +168,6 @@ void PlaybackStream::fill()
             if (!decoder.fault().isEmpty())
                 emit trackFault(m_activeToken, decoder.fault());
             m_tail = Tail::drained;
-            m_outputEmptying = false;
             // Plays the last frames even below the start level.
             forget(pa_stream_drain(m_stream, nullptr, nullptr));
             emit endWritten(m_epoch, m_written);
@@ -176,7 +175,7 @@ void PlaybackStream::fill()
         break;
     }
     if (wrote)
-        forget(pa_stream_update_timing_info(m_stream, nullptr, nullptr));
+        askTiming();
 }
 
 void PlaybackStream::start(std::unique_ptr<AudioDecoder> decoder, quint64 token, double from, bool paused)
@@ -197,12 +196,16 @@ void PlaybackStream::setPaused(bool paused)
 
 void PlaybackStream::cork(bool paused)
 {
-    if (m_stream && paused != m_paused) {
+    if (paused == m_paused)
+        return;
+    // The place heard holds still while corked (the server takes back what
+    // it had not played) and runs on from there at once when uncorked.
+    m_clock = Clock{heardFrames(), paused ? heardFrames() : kUnbounded, pa_rtclock_now()};
+    if (m_stream) {
         forget(pa_stream_cork(m_stream, paused, nullptr, nullptr));
-        forget(pa_stream_update_timing_info(m_stream, nullptr, nullptr));
+        askTiming();
     }
     m_paused = paused;
-    m_outputEmptying = false;
 }
 
 void PlaybackStream::seek(double seconds)
@@ -236,9 +239,12 @@ void PlaybackStream::restart(double seconds)
     m_writingQueued = false;
     m_queuedFrom = -1;
     m_tail = Tail::decoding;
-    m_outputEmptying = false;
+    // A new epoch is heard from its first frame at once: the cork above made
+    // the output drop what it held.
+    m_clock = Clock{0, kUnbounded, pa_rtclock_now()};
+    m_askedTiming = false;
     if (m_stream) {
-        forget(pa_stream_update_timing_info(m_stream, nullptr, nullptr));
+        askTiming();
         m_connection.post([this] { fill(); });
     }
 }
@@ -270,9 +276,7 @@ void PlaybackStream::dropQueued()
         return;
     if (m_writingQueued) {
         // Some of it is with the server: everything after what is heard goes.
-        bool known = false;
-        const qint64 heard = heardFrames(&known);
-        const qint64 end = known ? std::min(heard, m_queuedFrom) : m_queuedFrom;
+        const qint64 end = std::min(heardFrames(), m_queuedFrom);
         restart(m_activeSeconds + double(std::max<qint64>(0, end - m_activeFrom)) / m_connection.rate());
     }
     m_queued.reset();
@@ -314,24 +318,47 @@ void PlaybackStream::setVolume(float volume)
                                             nullptr, nullptr));
 }
 
-qint64 PlaybackStream::heardFrames(bool* known)
+// Frames of this epoch the listener has heard: the server's last figures
+// (what the output has read of ours, less what it still holds), run on by
+// the clock since, and never past what the output has read or we wrote.
+qint64 PlaybackStream::heardFrames()
 {
-    pa_usec_t latency = 0;
-    int negative = 0;
-    *known = m_stream && pa_stream_get_latency(m_stream, &latency, &negative) == 0;
-    if (!*known)
-        return 0;
-    const qint64 lag = qint64(double(latency) * m_connection.rate() / 1e6);
-    return std::max<qint64>(0, m_written - (negative ? -lag : lag));
+    const double rate = m_connection.rate();
+    const pa_usec_t now = pa_rtclock_now();
+    if (!m_paused && now - m_clock.at > 100000)
+        askTiming(); // figures for the next call
+    const qint64 running = m_paused ? 0 : qint64(double(now - m_clock.at) * rate / 1e6);
+    return std::clamp<qint64>(m_clock.heard + running, 0, std::min(m_clock.limit, m_written));
+}
+
+void PlaybackStream::askTiming()
+{
+    if (!m_stream || m_askedTiming)
+        return;
+    m_askedTiming = true;
+    m_askedEpoch = m_epoch;
+    forget(pa_stream_update_timing_info(m_stream, [](pa_stream* stream, int success, void* self) {
+        static_cast<PlaybackStream*>(self)->timingArrived(stream, success);
+    }, this));
+}
+
+void PlaybackStream::timingArrived(pa_stream* stream, int success)
+{
+    m_askedTiming = false;
+    const pa_timing_info* timing = pa_stream_get_timing_info(stream);
+    if (!success || !timing || timing->read_index_corrupt || timing->write_index_corrupt || m_askedEpoch != m_epoch)
+        return; // figures of an epoch flushed since are no use
+    // The epoch began where the server's write index stood less what we wrote since.
+    const qint64 start = timing->write_index / qint64(frameBytes) - m_written;
+    const qint64 read = timing->read_index / qint64(frameBytes) - start;
+    const qint64 held = m_paused ? 0 : qint64(double(timing->sink_usec) * m_connection.rate() / 1e6);
+    m_clock = Clock{read - held, read, pa_rtclock_now()};
 }
 
 double PlaybackStream::position(quint64 token)
 {
     PulseLocker locker(m_connection);
-    bool known = false;
-    const qint64 heard = heardFrames(&known);
-    if (!known)
-        return -1;
+    const qint64 heard = heardFrames();
     const double rate = m_connection.rate();
     if (token == m_activeToken && m_active) {
         const qint64 until = m_writingQueued ? std::min(heard, m_queuedFrom) : heard;
@@ -345,38 +372,5 @@ double PlaybackStream::position(quint64 token)
 double PlaybackStream::secondsUntil(qint64 frame)
 {
     PulseLocker locker(m_connection);
-    bool known = false;
-    const qint64 heard = heardFrames(&known);
-    return known ? double(frame - heard) / m_connection.rate() : 0.05;
-}
-
-// The server's interpolated figures are good while music flows, but once
-// the stream runs dry they stop short of the end, and when the output reads
-// far ahead (its latency is a second when ours is its only stream) they lag.
-// So the end is judged by fresh figures instead: the stream's own buffer
-// empties, and the output's latency after that the last frame is heard.
-double PlaybackStream::secondsUntilEnd()
-{
-    PulseLocker locker(m_connection);
-    if (m_written == 0)
-        return 0; // nothing was written since the flush (a seek to the end)
-    const pa_timing_info* timing = m_stream ? pa_stream_get_timing_info(m_stream) : nullptr;
-    if (!m_timingFresh || !timing) {
-        if (m_stream)
-            forget(pa_stream_update_timing_info(m_stream, [](pa_stream*, int, void* self) {
-                static_cast<PlaybackStream*>(self)->m_timingFresh = true;
-            }, this));
-        return 0.02;
-    }
-    m_timingFresh = false;
-    const double buffered = double(timing->write_index - timing->read_index) / double(frameBytes) / m_connection.rate();
-    if (buffered > 0.001) {
-        m_outputEmptying = false;
-        return buffered;
-    }
-    if (!m_outputEmptying) {
-        m_outputEmptying = true;
-        return double(timing->sink_usec) / 1e6 + 0.001;
-    }
-    return 0;
+    return double(frame - heardFrames()) / m_connection.rate();
 }

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 
+#include <limits>
 #include <memory>
 
 class AudioDecoder;
@@ -52,11 +53,10 @@ public:
 
     // Seconds into track `token` that the listener hears; -1 when unknown.
     double position(quint64 token);
-    // Seconds until the listener hears frame; zero or less once heard.
+    // About how long until the listener hears frame (or, for the frame
+    // after the last, has heard the end); zero or less once heard. Call it
+    // again after the wait: the server's figures are asked for afresh.
     double secondsUntil(qint64 frame);
-    // After endWritten: about how long until the last frame is heard; zero
-    // once it is. Asks the server afresh, so call it again after the wait.
-    double secondsUntilEnd();
 
 signals:
     void successorWanted(quint64 epoch);
@@ -74,7 +74,9 @@ private:
     void restart(double seconds);
     void cork(bool paused);
     void closeStream();
-    qint64 heardFrames(bool* known);
+    qint64 heardFrames();
+    void askTiming();
+    void timingArrived(pa_stream* stream, int success);
 
     PulseConnection m_connection{"plinkBox"};
     pa_stream* m_stream = nullptr;
@@ -89,6 +91,14 @@ private:
     Tail m_tail = Tail::decoding;
     bool m_paused = true;
     float m_volume = 1.0f;
-    bool m_timingFresh = false;    // a timing update asked for has come
-    bool m_outputEmptying = false; // the stream is empty; the output plays out
+    // What the listener heard at a moment: frames of the epoch, at most limit.
+    struct Clock {
+        qint64 heard = 0;
+        qint64 limit = 0;
+        quint64 at = 0; // pa_rtclock_now()
+    };
+    static constexpr qint64 kUnbounded = std::numeric_limits<qint64>::max();
+    Clock m_clock;
+    bool m_askedTiming = false;
+    quint64 m_askedEpoch = 0;
 };

@@ -252,10 +252,6 @@ bool MonitorRecorder::start()
         return false;
     }
     m_samples.clear();
-    m_awake.setStandardInputFile(QStringLiteral("/dev/zero"));
-    m_awake.start(QStringLiteral("pacat"), {QStringLiteral("--latency-msec=10"), QStringLiteral("--raw"),
-                                            QStringLiteral("--format=s16le"), QStringLiteral("--channels=2"),
-                                            QStringLiteral("--rate=48000")});
     m_parec.start(QStringLiteral("parec"),
                   {QStringLiteral("-d"), source(), QStringLiteral("--raw"), QStringLiteral("--format=s16le"),
                    QStringLiteral("--channels=1"), QStringLiteral("--rate=%1").arg(m_rate),
@@ -282,16 +278,13 @@ bool MonitorRecorder::start()
 
 void MonitorRecorder::stop()
 {
-    if (m_parec.state() != QProcess::NotRunning)
-        drain();
-    for (QProcess* process : {&m_parec, &m_awake}) {
-        if (process->state() == QProcess::NotRunning)
-            continue;
-        process->terminate();
-        if (!process->waitForFinished(3000))
-            process->kill();
-        process->waitForFinished(1000);
-    }
+    if (m_parec.state() == QProcess::NotRunning)
+        return;
+    drain();
+    m_parec.terminate();
+    if (!m_parec.waitForFinished(3000))
+        m_parec.kill();
+    m_parec.waitForFinished(1000);
 }
 
 void MonitorRecorder::drain()

@@ -54,9 +54,9 @@ bool writeRandomBytes(const QString& path, int size, unsigned seed = 1);
 
 // Listens to the test desktop's null sink through its monitor source
 // ($PLINK_TEST_MONITOR, set by scripts/testenv) with parec, as mono 16-bit
-// samples at 8 kHz, or at the sink's full rate to time joins. A silent
-// stream keeps the sink awake meanwhile, so that the recording keeps pace
-// with the sink and starts and stops can be timed to a few milliseconds.
+// samples at 8 kHz, or at the sink's full rate to time joins. The test
+// desktop keeps the sink awake, so that starts and stops can be timed to a
+// few milliseconds.
 // Recorded data arrive through the event loop (QTest::qWait).
 class MonitorRecorder
 {
@@ -93,7 +93,6 @@ private:
 
     int m_rate;
     QProcess m_parec;
-    QProcess m_awake; // the silent stream
     QByteArray m_samples; // s16le mono
 };
 
