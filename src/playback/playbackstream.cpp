@@ -320,13 +320,15 @@ void PlaybackStream::setVolume(float volume)
 
 // Frames of this epoch the listener has heard: the server's last figures
 // (what the output has read of ours, less what it still holds), run on by
-// the clock since, and never past what the output has read or we wrote.
+// the clock since, and never past what we wrote.
 qint64 PlaybackStream::heardFrames()
 {
     const double rate = m_connection.rate();
     const pa_usec_t now = pa_rtclock_now();
-    if (!m_paused && now - m_clock.at > 100000)
-        askTiming(); // figures for the next call
+    // Fresh figures for the next call: after each write they come anyway;
+    // once the stream is drained, often enough to tell the end.
+    if (!m_paused && now - m_clock.at > (m_tail == Tail::drained ? 100000u : 600000u))
+        askTiming();
     const qint64 running = m_paused ? 0 : qint64(double(now - m_clock.at) * rate / 1e6);
     return std::clamp<qint64>(m_clock.heard + running, 0, std::min(m_clock.limit, m_written));
 }
@@ -352,7 +354,10 @@ void PlaybackStream::timingArrived(pa_stream* stream, int success)
     const qint64 start = timing->write_index / qint64(frameBytes) - m_written;
     const qint64 read = timing->read_index / qint64(frameBytes) - start;
     const qint64 held = m_paused ? 0 : qint64(double(timing->sink_usec) * m_connection.rate() / 1e6);
-    m_clock = Clock{read - held, read, pa_rtclock_now()};
+    // Nothing past what the output has read can be heard; while music flows
+    // that bound is overtaken at once, so it holds only once all is written.
+    const bool bounded = m_paused || m_tail == Tail::drained;
+    m_clock = Clock{read - held, bounded ? read : kUnbounded, pa_rtclock_now()};
 }
 
 double PlaybackStream::position(quint64 token)
