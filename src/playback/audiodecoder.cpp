@@ -18,6 +18,11 @@ namespace {
 
 // Decoding errors in a row after which the rest of a file counts as unreadable.
 constexpr int maxFailuresInARow = 50;
+// Rates no audio has; a resampler built for one takes minutes (found by fuzzing).
+bool plausibleRate(int rate)
+{
+    return rate >= 1000 && rate <= 768000;
+}
 constexpr int ioBufferSize = 16 * 1024;
 
 QString describe(int error)
@@ -170,6 +175,10 @@ bool AudioDecoder::open(const char* url, QString* error, const AVInputFormat* fo
         *error = describe(result);
         return false;
     }
+    if (m_codec->sample_rate != 0 && !plausibleRate(m_codec->sample_rate)) {
+        *error = QStringLiteral("The file declares an impossible sample rate");
+        return false;
+    }
     if (stream->duration != AV_NOPTS_VALUE && stream->duration > 0)
         m_duration = double(stream->duration) * av_q2d(stream->time_base);
     else if (m_format->duration != AV_NOPTS_VALUE && m_format->duration > 0)
@@ -270,7 +279,7 @@ bool AudioDecoder::nextFrame()
 
 void AudioDecoder::convert(const AVFrame* frame)
 {
-    if (frame->nb_samples <= 0 || frame->sample_rate <= 0)
+    if (frame->nb_samples <= 0 || !plausibleRate(frame->sample_rate))
         return;
     if (!m_resampler || frame->format != m_inFormat || frame->sample_rate != m_inRate ||
         frame->ch_layout.nb_channels != m_inChannels) {
