@@ -9,7 +9,7 @@
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    AudioDecoder::silenceLibraries();
+    AudioDecoder::configureLibraries();
     return 0;
 }
 

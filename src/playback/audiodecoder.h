@@ -30,8 +30,9 @@ public:
     static std::unique_ptr<AudioDecoder> openBytes(const QByteArray& bytes, int rate, QString* error);
     // Everything in bytes decoded at once (for short sounds); empty on failure.
     static std::vector<float> decodeAll(const QByteArray& bytes, int rate, QString* error);
-    // Keeps FFmpeg's own logging off standard error.
-    static void silenceLibraries();
+    // Keeps FFmpeg's own logging off standard error and its allocations in
+    // bounds; once per process, before the first decoder.
+    static void configureLibraries();
 
     ~AudioDecoder();
     AudioDecoder(const AudioDecoder&) = delete;

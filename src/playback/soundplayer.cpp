@@ -52,7 +52,7 @@ void SoundPlayer::playSound(const QString& name)
         return;
     }
     if (!m_connection) {
-        AudioDecoder::silenceLibraries();
+        AudioDecoder::configureLibraries();
         m_connection = std::make_unique<PulseConnection>("plinkBox sounds");
     }
     PulseLocker locker(*m_connection);
