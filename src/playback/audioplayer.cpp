@@ -282,6 +282,8 @@ void AudioPlayer::stop()
     m_queuedFile.reset();
     m_ended = false;
     m_endWaitsForTimer = false;
+    if (m_resumeAt) // the stream failed: the next play starts from the top too
+        m_resumeAt = 0.0;
     setProgress(0);
     setIsPlaying(false);
     invalidateTimer();
