@@ -1,26 +1,22 @@
 // The player's running costs beside their floors, each measured in a process
 // of its own in the same run:
 //   start-up to a painted window     vs. an empty Qt Widgets window
-//   CPU playing / paused / stopped   vs. a bare QMediaPlayer window playing
-//   resident memory while playing    vs. the same bare window
-// The CPU figures are medians of three runs of each, taken in turn: on a
-// shared virtual machine the media backend's own threads vary by a factor of
-// two or three from run to run, so the user-interface thread, which is all
-// that our code adds, is also given on its own.
+//   resident memory idle             vs. the same empty window
+//   CPU playing / paused / stopped   (whole process, and the user-interface
+//                                     thread alone)
+// The CPU figures are medians of three runs. The comparison with other
+// players is bench/compare-players.
 // Run under scripts/testenv: bench_player [seconds per phase, default 20]
 #include "app/appdelegate.h"
 #include "playback/audioplayer.h"
-#include "playback/mediabackend.h"
 #include "player/transport.h"
 #include "store/config.h"
 #include "support/audiofixtures.h"
 
 #include <QApplication>
-#include <QAudioOutput>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
-#include <QMediaPlayer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTextStream>
@@ -125,23 +121,6 @@ int emptyWindow(int argc, char* argv[])
     return app.exec();
 }
 
-int bareMediaPlayer(int argc, char* argv[], const QString& file, double seconds)
-{
-    QApplication app(argc, argv);
-    QWidget window;
-    window.resize(269, 96);
-    window.show();
-    QMediaPlayer player;
-    QAudioOutput output;
-    player.setAudioOutput(&output);
-    player.setSource(QUrl::fromLocalFile(file));
-    player.play();
-    runFor(1);
-    reportCpuOver(QStringLiteral("playing"), seconds);
-    reportMemory("");
-    return 0;
-}
-
 int plinkBox(int argc, char* argv[], const QString& file, double seconds)
 {
     QApplication app(argc, argv);
@@ -211,7 +190,6 @@ double median(QList<double> values)
 
 int main(int argc, char* argv[])
 {
-    chooseMediaBackend();
     const QStringList arguments = [&] {
         QStringList list;
         for (int i = 1; i < argc; ++i)
@@ -220,8 +198,6 @@ int main(int argc, char* argv[])
     }();
     if (arguments.value(0) == QLatin1String("--empty-window"))
         return emptyWindow(argc, argv);
-    if (arguments.value(0) == QLatin1String("--bare-player"))
-        return bareMediaPlayer(argc, argv, arguments.value(1), arguments.value(2).toDouble());
     if (arguments.value(0) == QLatin1String("--plinkbox"))
         return plinkBox(argc, argv, arguments.value(1), arguments.value(2).toDouble());
 
@@ -246,11 +222,9 @@ int main(int argc, char* argv[])
         plinkStarts.append(runChild({QStringLiteral("--plinkbox"), file, QStringLiteral("0.1")}, home).startupMs);
     }
     const QString phase = QString::number(seconds);
-    QList<Child> players, bares;
-    for (int i = 0; i < 3; ++i) {
+    QList<Child> players;
+    for (int i = 0; i < 3; ++i)
         players.append(runChild({QStringLiteral("--plinkbox"), file, phase}, home));
-        bares.append(runChild({QStringLiteral("--bare-player"), file, phase}, home));
-    }
     const auto figure = [](const QList<Child>& runs, const QString& name) {
         QList<double> values;
         for (const Child& run : runs)
@@ -260,24 +234,18 @@ int main(int argc, char* argv[])
     const auto percent = [](double value) { return QString::number(value, 'f', 2); };
 
     QTextStream out(stdout);
-    out << "plinkBox player, " << seconds << " s per phase, MP3 tone, backend "
-        << qEnvironmentVariable("QT_MEDIA_BACKEND") << Qt::endl;
+    out << "plinkBox player, " << seconds << " s per phase, MP3 tone" << Qt::endl;
     out << QStringLiteral("start-up to painted window: %1 ms  (empty Qt Widgets window: %2 ms, ratio %3)")
                .arg(median(plinkStarts), 0, 'f', 1).arg(median(emptyStarts), 0, 'f', 1)
                .arg(median(plinkStarts) / median(emptyStarts), 0, 'f', 2)
         << Qt::endl;
     out << "CPU, % of one core, median of 3 runs each (user-interface thread alone in brackets)" << Qt::endl;
-    out << QStringLiteral("CPU playing: %1 (%2)  (bare QMediaPlayer window: %3 (%4))")
-               .arg(percent(figure(players, "playing")), percent(figure(players, "playing-ui")),
-                    percent(figure(bares, "playing")), percent(figure(bares, "playing-ui")))
-        << Qt::endl;
-    for (const char* phaseName : {"paused", "stopped"})
+    for (const char* phaseName : {"playing", "paused", "stopped"})
         out << QStringLiteral("CPU %1: %2 (%3)")
                    .arg(QLatin1String(phaseName), percent(figure(players, QLatin1String(phaseName))),
                         percent(figure(players, QLatin1String(phaseName) + QStringLiteral("-ui"))))
             << Qt::endl;
     const Child& player = players.first();
-    const Child& bare = bares.first();
     for (const char* kind : {"rss", "pss"}) {
         const QString idle = QStringLiteral("idle") + QLatin1String(kind);
         out << QStringLiteral("%1 idle: %2 MiB  (empty Qt Widgets window: %3 MiB, ratio %4)")
@@ -285,11 +253,9 @@ int main(int argc, char* argv[])
                    .arg(player.figures.value(idle), 0, 'f', 1).arg(empty.figures.value(idle), 0, 'f', 1)
                    .arg(player.figures.value(idle) / empty.figures.value(idle), 0, 'f', 2)
             << Qt::endl;
-        out << QStringLiteral("%1 while playing: %2 MiB  (bare QMediaPlayer window: %3 MiB, ratio %4)")
+        out << QStringLiteral("%1 while playing: %2 MiB")
                    .arg(QString::fromLatin1(kind).toUpper())
                    .arg(player.figures.value(QLatin1String(kind)), 0, 'f', 1)
-                   .arg(bare.figures.value(QLatin1String(kind)), 0, 'f', 1)
-                   .arg(player.figures.value(QLatin1String(kind)) / bare.figures.value(QLatin1String(kind)), 0, 'f', 2)
             << Qt::endl;
     }
     return 0;

@@ -1,7 +1,5 @@
-# Playback figures: the media backend at the null sink, CPU while playing and
-# paused, and tag reading speed. Run them under scripts/testenv.
-add_executable(bench_mediabackend bench_mediabackend.cpp)
-target_link_libraries(bench_mediabackend PRIVATE plinkcore plinktestsupport plink_warnings)
+# Playback figures: CPU while playing and paused, latencies at the null sink,
+# and tag reading speed. Run them under scripts/testenv.
 add_executable(bench_playback bench_playback.cpp)
 target_link_libraries(bench_playback PRIVATE plinkcore plinkart plinktestsupport plink_warnings)
 add_executable(bench_tagreader bench_tagreader.cpp)

@@ -1,13 +1,11 @@
 #include "app/appdelegate.h"
 #include "app/singleinstance.h"
 #include "app/trackopener.h"
-#include "playback/mediabackend.h"
 
 #include <QApplication>
 
 int main(int argc, char* argv[])
 {
-    chooseMediaBackend(); // before any Qt object: the choice is read once
     // A Wayland client may not place its window, keep it above others or snap
     // it, which a floating player lives by: go through XWayland unless the
     // user chose a platform (QT_QPA_PLATFORM=wayland opts out).

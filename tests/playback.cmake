@@ -1,7 +1,7 @@
 # Playback: tag and picture reading, the audio engine (it listens to the test
 # desktop's null sink, so run it under scripts/testenv), interface sounds.
 plink_add_test(test_tagreader SOURCES test_tagreader.cpp LIBS plinkcore)
-plink_add_test(test_audioplayer SOURCES test_audioplayer.cpp LIBS plinkcore)
+plink_add_test(test_audioplayer SOURCES test_audioplayer.cpp playerfixture.h LIBS plinkplayer)
 
 # A sound that is text, for the "could not play" path, next to the shipped ones.
 set(plink_broken_sound ${CMAKE_CURRENT_BINARY_DIR}/soundfixtures/broken.m4a)

@@ -4,7 +4,6 @@
 // parts, and a theme of solid colours (one pixel tells which picture is where).
 
 #include "playback/audioplayer.h"
-#include "playback/mediabackend.h"
 #include "player/transport.h"
 #include "store/config.h"
 #include "support/audiofixtures.h"
@@ -15,9 +14,6 @@
 #include <QImage>
 #include <QRegularExpression>
 #include <QUrl>
-
-// The tests play through the same media backend as the program.
-inline const bool mediaBackendChosen = (chooseMediaBackend(), true);
 
 namespace PlayerFixture {
 

@@ -14,7 +14,6 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QMediaPlayer>
 #include <QStandardPaths>
 #include <QUrl>
 
@@ -217,7 +216,7 @@ void MprisService::setShuffle(bool on)
 
 qint64 MprisService::position() const
 {
-    const QMediaPlayer* player = m_audioPlayer.player();
+    const AudioFile* player = m_audioPlayer.player();
     return player ? player->position() * 1000 : 0;
 }
 

@@ -1,16 +1,18 @@
 #pragma once
 
+#include "playback/audiofile.h"
+
 #include <QImage>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <QUrl>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
-class QAudioOutput;
-class QMediaPlayer;
-class QTimer;
+class PlaybackStream;
 
 // Why play() could not open a file.
 struct PlayError {
@@ -19,14 +21,23 @@ struct PlayError {
     QString description; // "File does not exist"
 };
 
-// The playback engine: one open file at a time. Every observable value
-// notifies only when it really changes.
+// The playback engine: one open file at a time, decoded with FFmpeg and
+// played through the sound server. Every observable value notifies only when
+// it really changes.
 //
-// A file that cannot be opened makes play() return the error, and the caller
-// reports it. A file that fails only once it plays (the backend's late error,
-// or a corrupt file that "ends" at its very start) is printed here as one
-// line and announced by playFailed(): playback stops, the timer goes, and
-// onTrackFinished is not called.
+// A file that cannot be opened, or no sound server, makes play() return the
+// error, and the caller reports it. A failure found later (the server gone,
+// the device taken away) is printed here as one line and announced by
+// playFailed(): playback stops, the timer goes, onTrackFinished is not
+// called, and the next play() connects again. A file that turns out to be
+// cut short or unreadable part-way is printed as one line, and its track
+// ends where the readable audio ends, as if that were its end.
+//
+// Gapless: shortly before a track's last sample is played, the player asks
+// nextTrackUrl for the track that will follow, queues it in the same stream,
+// and when its first sample is heard calls onTrackJoined and shows the new
+// file, as if play() had opened it. Without a next track the track ends as
+// usual: isPlaying false, then onTrackFinished.
 class AudioPlayer : public QObject
 {
     Q_OBJECT
@@ -35,23 +46,29 @@ public:
     explicit AudioPlayer(QObject* parent = nullptr);
     ~AudioPlayer() override;
 
-    // The open file's player, or null before the first file is opened.
-    QMediaPlayer* player() const;
-    bool hasTimer() const;
-    double progress() const;  // 0 … 1
-    double duration() const;  // seconds
-    bool isPlaying() const;
-    QImage albumArt() const;  // null when the open file has none
-    QUrl currentUrl() const;  // the open file
+    // The open file, or null before the first file is opened.
+    const AudioFile* player() const { return m_file.get(); }
+    bool hasTimer() const { return m_timer.isActive(); }
+    double progress() const { return m_progress; } // 0 … 1
+    double duration() const { return m_duration; } // seconds
+    bool isPlaying() const { return m_isPlaying; }
+    QImage albumArt() const { return m_albumArt; } // null when the open file has none
+    QUrl currentUrl() const;                        // the open file
 
     // Called when a track plays to its natural end.
     std::function<void()> onTrackFinished;
+    // Asked for the track to join after the open one; none to end there.
+    std::function<std::optional<QUrl>()> nextTrackUrl;
+    // Called when the track from nextTrackUrl is heard, before it is shown.
+    std::function<void()> onTrackJoined;
 
     // Opens url unless it is the open file, and plays it.
     std::optional<PlayError> play(const QUrl& url);
     void pause();
     void stop();
     void seek(double fraction);
+    // Forgets the queued next track: what decided it has changed.
+    void dropQueuedTrack();
 
     // The 0.1-second progress timer, also driven by the scrub bar.
     void invalidateTimer();
@@ -73,23 +90,40 @@ signals:
     void playFailed(const PlayError& error);
 
 private:
+    // A moment the listener will reach: the queued track's first frame, or
+    // the end.
+    struct Waypoint {
+        bool isEnd = false;
+        quint64 epoch = 0;
+        qint64 frame = 0;
+    };
+
     void setProgress(double value);
     void setDuration(double value);
     void setIsPlaying(bool value);
     void setAlbumArt(const QImage& value);
-    std::optional<PlayError> open(const QUrl& file);
+    bool openStream(QString* error);
+    std::unique_ptr<AudioFile> makeFile(const QUrl& url, double duration);
+    void show(std::unique_ptr<AudioFile> file);
     void loadAlbumArt();
-    void onMediaStatusChanged(QMediaPlayer* source, int status);
-    void fail(const QString& description);
+    void queueSuccessor(quint64 epoch);
+    void arrive();
+    void armWaypoint();
+    void endOfTrack();
+    void fail(const QString& reason);
 
-    QMediaPlayer* m_player = nullptr;
-    QAudioOutput* m_output = nullptr;
-    QTimer* m_timer = nullptr;
-    QUrl m_url;
+    std::unique_ptr<PlaybackStream> m_stream; // made at the first play
+    std::unique_ptr<AudioFile> m_file, m_queuedFile;
+    QTimer m_timer;
+    QTimer m_waypointTimer;
+    std::optional<Waypoint> m_waypoint;
     double m_progress = 0;
     double m_duration = 0;
     bool m_isPlaying = false;
+    bool m_ended = false;         // the open file played to its end
+    bool m_endWaitsForTimer = false; // reached while the scrub bar holds the timer
+    std::optional<double> m_resumeAt; // after a failure: where the next play resumes
     QImage m_albumArt;
     float m_volume = 1.0f;
-    quint64 m_openCount = 0; // tells a late album picture from the current one
+    quint64 m_openCount = 0; // tells the files apart, and a late album picture from the current one
 };

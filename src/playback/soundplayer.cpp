@@ -1,13 +1,22 @@
 #include "playback/soundplayer.h"
 
+#include "playback/audiodecoder.h"
+#include "playback/pulseconnection.h"
 #include "store/console.h"
 
-#include <QAudioOutput>
 #include <QFile>
-#include <QMediaPlayer>
-#include <QUrl>
+
+#include <pulse/context.h>
+#include <pulse/error.h>
+#include <pulse/rtclock.h>
+#include <pulse/stream.h>
+
+#include <cstring>
 
 namespace {
+
+constexpr size_t frameBytes = AudioDecoder::channels * sizeof(float);
+constexpr pa_usec_t lingerMicroseconds = 300000;
 
 QString couldNotPlay(const QString& name, const QString& description)
 {
@@ -16,60 +25,116 @@ QString couldNotPlay(const QString& name, const QString& description)
 
 } // namespace
 
+struct SoundPlayer::Playing {
+    pa_stream* stream = nullptr;
+    std::shared_ptr<const Sound> sound;
+    size_t written = 0; // bytes
+};
+
 SoundPlayer::SoundPlayer(QObject* parent)
     : QObject(parent)
 {
 }
 
-SoundPlayer::~SoundPlayer() = default;
+SoundPlayer::~SoundPlayer()
+{
+    if (!m_connection)
+        return;
+    PulseLocker locker(*m_connection);
+    endPlaying();
+}
 
 void SoundPlayer::playSound(const QString& name)
 {
-    if (!QFile::exists(QStringLiteral(":/sounds/") + name + QStringLiteral(".m4a"))) {
+    const QString resource = QStringLiteral(":/sounds/") + name + QStringLiteral(".m4a");
+    if (!QFile::exists(resource)) {
         printLine(QStringLiteral("Error: Sound file ") + name + QStringLiteral(".m4a not found."));
         return;
     }
-    QMediaPlayer* player = load(name);
-    if (!player)
-        return;
-    // Only a sound still sounding is stopped: stopping one that has ended
-    // makes the FFmpeg backend load it again for nothing.
-    if (m_current && m_current != player && m_current->playbackState() == QMediaPlayer::PlayingState)
-        m_current->stop();
-    m_current = player;
-    // A replay opens the (in-memory) file afresh: with the FFmpeg backend a
-    // short sound restarted by stop() and play() after its end mostly went
-    // unheard at the test sink, while a reopened one played in full, within
-    // ~20 ms. Reopening also starts a sound still sounding from the top.
-    if (player->mediaStatus() != QMediaPlayer::LoadedMedia) {
-        const QUrl source = player->source();
-        player->setSource(QUrl());
-        player->setSource(source);
+    if (!m_connection) {
+        AudioDecoder::configureLibraries();
+        m_connection = std::make_unique<PulseConnection>("plinkBox sounds");
     }
-    player->play();
+    PulseLocker locker(*m_connection);
+    QString error;
+    if (!m_connection->ensureConnected(&error)) {
+        printLine(couldNotPlay(name, error));
+        return;
+    }
+    if (!m_sounds.contains(name)) {
+        QFile file(resource);
+        auto sound = std::make_shared<Sound>();
+        sound->rate = m_connection->rate();
+        if (file.open(QIODevice::ReadOnly))
+            sound->samples = AudioDecoder::decodeAll(file.readAll(), sound->rate, &error);
+        else
+            error = file.errorString();
+        // A sound that cannot be decoded is reported each time, and the one
+        // sounding goes on.
+        if (sound->samples.empty()) {
+            printLine(couldNotPlay(name, error));
+            return;
+        }
+        m_sounds.insert(name, sound);
+    }
+    const std::shared_ptr<const Sound> sound = m_sounds.value(name);
+    endPlaying();
+    const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, uint32_t(sound->rate), AudioDecoder::channels};
+    pa_stream* stream = pa_stream_new(m_connection->context(), "Interface sound", &spec, nullptr);
+    if (!stream) {
+        printLine(couldNotPlay(name, QString::fromUtf8(pa_strerror(pa_context_errno(m_connection->context())))));
+        return;
+    }
+    // Room for the whole sound, started as soon as it is written; the
+    // server is asked for a short latency while it plays.
+    const auto bytes = uint32_t(sound->samples.size() * sizeof(float));
+    const pa_buffer_attr buffer{uint32_t(-1), bytes, bytes, uint32_t(-1), uint32_t(-1)};
+    m_playing = new Playing{stream, sound, 0};
+    pa_stream_set_write_callback(stream, &SoundPlayer::writeRequested, m_playing);
+    pa_stream_connect_playback(stream, nullptr, &buffer, PA_STREAM_ADJUST_LATENCY, nullptr, nullptr);
 }
 
-// The sound's loaded player, made on first use. A sound the backend refuses
-// is reported and not kept, so the previous player stays the current one.
-QMediaPlayer* SoundPlayer::load(const QString& name)
+// On the event thread: the whole sound at once, then a drain, after which
+// the stream ends itself.
+void SoundPlayer::writeRequested(pa_stream* stream, size_t bytes, void* userdata)
 {
-    if (QMediaPlayer* loaded = m_loaded.value(name))
-        return loaded;
-    auto* player = new QMediaPlayer(this);
-    player->setAudioOutput(new QAudioOutput(player));
-    // Later errors are printed as they come; one found while opening (the
-    // FFmpeg backend may signal it from inside setSource) is printed below.
-    connect(player, &QMediaPlayer::errorOccurred, this, [this, name, player](QMediaPlayer::Error, const QString& text) {
-        if (m_loaded.value(name) == player)
-            printLine(couldNotPlay(name, text));
-    });
-    // The FFmpeg backend reads qrc: URLs itself.
-    player->setSource(QUrl(QStringLiteral("qrc:/sounds/") + name + QStringLiteral(".m4a")));
-    if (player->error() != QMediaPlayer::NoError || player->mediaStatus() == QMediaPlayer::InvalidMedia) {
-        printLine(couldNotPlay(name, player->errorString()));
-        delete player;
-        return nullptr;
-    }
-    m_loaded.insert(name, player);
-    return player;
+    auto* playing = static_cast<Playing*>(userdata);
+    const size_t total = playing->sound->samples.size() * sizeof(float);
+    const size_t count = std::min(bytes, total - playing->written) / frameBytes * frameBytes;
+    if (count == 0)
+        return;
+    pa_stream_write(stream, reinterpret_cast<const char*>(playing->sound->samples.data()) + playing->written, count,
+                    nullptr, 0, PA_SEEK_RELATIVE);
+    playing->written += count;
+    if (playing->written < total)
+        return;
+    pa_stream_set_write_callback(stream, nullptr, nullptr);
+    pa_operation* drain = pa_stream_drain(stream, [](pa_stream* drained, int, void*) {
+        // Drained means handed to the output, not yet heard: the stream goes
+        // a little later, so that its end is not cut from the output.
+        pa_stream_ref(drained);
+        pa_context_rttime_new(pa_stream_get_context(drained), pa_rtclock_now() + lingerMicroseconds,
+                              [](pa_mainloop_api* api, pa_time_event* event, const timeval*, void* lingering) {
+                                  auto* done = static_cast<pa_stream*>(lingering);
+                                  if (PA_STREAM_IS_GOOD(pa_stream_get_state(done)))
+                                      pa_stream_disconnect(done);
+                                  pa_stream_unref(done);
+                                  api->time_free(event);
+                              }, drained);
+    }, nullptr);
+    if (drain)
+        pa_operation_unref(drain);
+}
+
+// Cuts the sound still playing short.
+void SoundPlayer::endPlaying()
+{
+    if (!m_playing)
+        return;
+    pa_stream_set_write_callback(m_playing->stream, nullptr, nullptr);
+    if (PA_STREAM_IS_GOOD(pa_stream_get_state(m_playing->stream)))
+        pa_stream_disconnect(m_playing->stream);
+    pa_stream_unref(m_playing->stream);
+    delete m_playing;
+    m_playing = nullptr;
 }

@@ -4,14 +4,20 @@
 #include <QObject>
 #include <QString>
 
-class QMediaPlayer;
+#include <memory>
+#include <vector>
+
+class PulseConnection;
+struct pa_stream;
 
 // Plays the short interface sounds ("click", "min", "pop", "drag") shipped as
 // resources, one at a time: a new sound ends the one before. Callers check
 // Config::playsSounds first; this class does not look at it.
 //
-// Making one costs nothing: each sound gets its player the first time it is
-// played and keeps it, loaded, so that a replay starts at once.
+// Making one costs nothing: the sound server is reached, and each sound
+// decoded into memory, the first time it is played. Every press then gets a
+// short stream of its own, written whole at once, so that it starts within
+// milliseconds and its stream goes as soon as it has been heard.
 class SoundPlayer : public QObject
 {
     Q_OBJECT
@@ -22,12 +28,18 @@ public:
 
     void playSound(const QString& name);
 
-    // The player of the sound playing or played last; null before the first.
-    QMediaPlayer* player() const { return m_current; }
-
 private:
-    QMediaPlayer* load(const QString& name);
+    struct Sound {
+        std::vector<float> samples; // interleaved stereo
+        int rate = 0;
+    };
+    struct Playing; // a stream and the sound it writes
 
-    QHash<QString, QMediaPlayer*> m_loaded; // children, one per sound
-    QMediaPlayer* m_current = nullptr;
+    const Sound* load(const QString& name);
+    void endPlaying();
+    static void writeRequested(pa_stream* stream, size_t bytes, void* playing);
+
+    std::unique_ptr<PulseConnection> m_connection;
+    QHash<QString, std::shared_ptr<const Sound>> m_sounds;
+    Playing* m_playing = nullptr; // under the connection's lock
 };

@@ -13,11 +13,24 @@ Transport::Transport(Config& config, AudioPlayer& audioPlayer, QObject* parent)
     , m_audioPlayer(audioPlayer)
 {
     m_audioPlayer.onTrackFinished = [this] { trackFinished(); };
+    m_audioPlayer.nextTrackUrl = [this] { return successor(); };
+    m_audioPlayer.onTrackJoined = [this] { m_config.setCurrentTrackIndex(m_successor); };
+    // A queued track was chosen by these: when one changes, it is dropped
+    // and the end of the track takes the ordinary path.
+    connect(&m_config, &Config::changed, this, [this](Config::Property property) {
+        using P = Config::Property;
+        if (property == P::loopTracks || property == P::shuffleTracks || property == P::playlists ||
+            property == P::currentPlaylistIndex || property == P::currentTrackIndex)
+            m_audioPlayer.dropQueuedTrack();
+    });
+    connect(&m_config, &Config::playlistTracksWritten, this, [this] { m_audioPlayer.dropQueuedTrack(); });
 }
 
 Transport::~Transport()
 {
     m_audioPlayer.onTrackFinished = nullptr;
+    m_audioPlayer.nextTrackUrl = nullptr;
+    m_audioPlayer.onTrackJoined = nullptr;
 }
 
 std::optional<QList<Track>> Transport::currentTracks()
@@ -112,6 +125,22 @@ void Transport::trackFinished()
         return;
     }
     playCurrentTrack();
+}
+
+std::optional<QUrl> Transport::successor()
+{
+    // trackFinished()'s rule, decided ahead: the index stays until the
+    // track is heard (a shuffle draw is made now and kept).
+    if (!m_config.bringCurrentPlaylistIntoRange())
+        return std::nullopt;
+    const std::optional<qint64> next = m_config.nextTrackIndex();
+    if (!next || (*next == m_config.currentTrackIndex() && !m_config.loopTracks()))
+        return std::nullopt;
+    const auto tracks = m_config.currentPlaylistTracks();
+    if (!tracks || *next >= tracks->size())
+        return std::nullopt;
+    m_successor = *next;
+    return QUrl(tracks->at(*next).urlString);
 }
 
 bool Transport::choosePlaylist(qint64 index)

@@ -3,6 +3,7 @@
 #include "store/records.h"
 
 #include <QObject>
+#include <QUrl>
 
 #include <optional>
 
@@ -20,7 +21,7 @@ class Transport : public QObject
 public:
     enum class Direction { previous, next };
 
-    // Takes the player's end-of-track callback.
+    // Takes the player's end-of-track and next-track callbacks.
     Transport(Config& config, AudioPlayer& audioPlayer, QObject* parent = nullptr);
     ~Transport() override;
 
@@ -36,6 +37,9 @@ public:
     void skip(Direction direction);
     void minimiseToggled(); // the "min" sound; the view swaps its size itself
     void trackFinished();
+    // The track that trackFinished() would play next, for a gapless join;
+    // none where it would stop.
+    std::optional<QUrl> successor();
 
     // The skin's menus
     void selectPlaylistFromSkin(qint64 index);
@@ -59,4 +63,5 @@ private:
 
     Config& m_config;
     AudioPlayer& m_audioPlayer;
+    qint64 m_successor = 0; // the index successor() chose
 };

@@ -82,6 +82,9 @@ public:
 
     // Track sequencing within the current playlist
     void nextTrack();
+    // The index nextTrack() would move to, drawn now (shuffle too) but not
+    // applied; none where nextTrack() would leave the index as it is.
+    std::optional<qint64> nextTrackIndex() const;
     void previousTrack();
 
     // Themes (defined with the themes code)

@@ -21,11 +21,11 @@ quint64 uniformBelow(quint64 n, const std::function<quint64()>& randomWord)
     }
 }
 
-void Config::nextTrack()
+std::optional<qint64> Config::nextTrackIndex() const
 {
     const auto tracks = currentPlaylistTracks();
     if (!tracks || tracks->isEmpty())
-        return;
+        return std::nullopt;
     const qint64 n = tracks->size();
     const qint64 current = currentTrackIndex();
     qint64 next = 0;
@@ -42,9 +42,15 @@ void Config::nextTrack()
     } else if (loopTracks()) {
         next = 0;
     } else {
-        return;
+        return std::nullopt;
     }
-    setCurrentTrackIndex(next);
+    return next;
+}
+
+void Config::nextTrack()
+{
+    if (const auto next = nextTrackIndex())
+        setCurrentTrackIndex(*next);
 }
 
 void Config::previousTrack()

@@ -126,12 +126,15 @@ bool makeTone(const QString& path, const Tone& tone)
         qWarning() << "makeTone: no codec for" << path;
         return false;
     }
+    // One sine wave, whatever the offset: t counts from the wave's own start.
+    const QString wave = QStringLiteral("0.125*sin(2*PI*%1*(t+%2))").arg(tone.frequency).arg(tone.offset, 0, 'f', 6);
+    const QString signal = tone.silentTo > tone.silentFrom
+        ? QStringLiteral("if(between(t,%1,%2),0,%3)").arg(tone.silentFrom).arg(tone.silentTo).arg(wave)
+        : wave;
     QStringList arguments{QStringLiteral("-nostdin"), QStringLiteral("-y"), QStringLiteral("-loglevel"),
                           QStringLiteral("error"), QStringLiteral("-f"), QStringLiteral("lavfi"),
                           QStringLiteral("-i"),
-                          QStringLiteral("sine=frequency=%1:duration=%2:sample_rate=44100")
-                              .arg(tone.frequency)
-                              .arg(tone.seconds)};
+                          QStringLiteral("aevalsrc='%1':s=44100:d=%2").arg(signal).arg(tone.seconds)};
     if (!tone.picturePath.isEmpty())
         arguments << QStringLiteral("-i") << tone.picturePath;
     arguments << QStringLiteral("-map") << QStringLiteral("0:a");
@@ -251,7 +254,7 @@ bool MonitorRecorder::start()
     m_samples.clear();
     m_parec.start(QStringLiteral("parec"),
                   {QStringLiteral("-d"), source(), QStringLiteral("--raw"), QStringLiteral("--format=s16le"),
-                   QStringLiteral("--channels=1"), QStringLiteral("--rate=%1").arg(sampleRate),
+                   QStringLiteral("--channels=1"), QStringLiteral("--rate=%1").arg(m_rate),
                    QStringLiteral("--latency-msec=10")});
     if (!m_parec.waitForStarted(5000)) {
         qWarning() << "MonitorRecorder: parec did not start:" << m_parec.errorString();
@@ -292,15 +295,15 @@ void MonitorRecorder::drain()
 double MonitorRecorder::seconds()
 {
     drain();
-    return double(m_samples.size() / 2) / sampleRate;
+    return double(m_samples.size() / 2) / m_rate;
 }
 
 double MonitorRecorder::level(double fromSeconds, double toSeconds)
 {
     drain();
     const qsizetype count = m_samples.size() / 2;
-    const qsizetype first = qBound<qsizetype>(0, qsizetype(fromSeconds * sampleRate), count);
-    const qsizetype last = qBound<qsizetype>(first, qsizetype(toSeconds * sampleRate), count);
+    const qsizetype first = qBound<qsizetype>(0, qsizetype(fromSeconds * m_rate), count);
+    const qsizetype last = qBound<qsizetype>(first, qsizetype(toSeconds * m_rate), count);
     if (last == first)
         return 0;
     double sum = 0;
@@ -325,9 +328,20 @@ double MonitorRecorder::firstSoundAfter(double fromSeconds, double threshold)
     drain();
     const qsizetype count = m_samples.size() / 2;
     const qint16 limit = qint16(threshold * 32768);
-    for (qsizetype i = qMax<qsizetype>(0, qsizetype(fromSeconds * sampleRate)); i < count; ++i) {
+    for (qsizetype i = qMax<qsizetype>(0, qsizetype(fromSeconds * m_rate)); i < count; ++i) {
         if (std::abs(qFromLittleEndian<qint16>(m_samples.constData() + 2 * i)) > limit)
-            return double(i) / sampleRate - fromSeconds;
+            return double(i) / m_rate - fromSeconds;
+    }
+    return -1;
+}
+
+double MonitorRecorder::lastSoundBefore(double toSeconds, double threshold)
+{
+    drain();
+    const qint16 limit = qint16(threshold * 32768);
+    for (qsizetype i = qMin<qsizetype>(m_samples.size() / 2, qsizetype(toSeconds * m_rate)) - 1; i >= 0; --i) {
+        if (std::abs(qFromLittleEndian<qint16>(m_samples.constData() + 2 * i)) > limit)
+            return toSeconds - double(i) / m_rate;
     }
     return -1;
 }

@@ -10,8 +10,10 @@
 // result, so that a test can QVERIFY it.
 namespace AudioFixtures {
 
-// A sine tone made with ffmpeg. The container and codec follow the suffix of
-// the path (.mp3 .flac .ogg .opus .m4a .wav). title/artist/picture go into the
+// A sine tone at -18 dBFS made with ffmpeg, from offset seconds into one
+// endless tone (so that tones with offsets 0, 2, 4 … of 2 s each are cuts of
+// one tone, sample for sample), silent from silentFrom to silentTo. The
+// container and codec follow the suffix of the path (.mp3 .flac .ogg .opus .m4a .wav). title/artist/picture go into the
 // container's own tags (MP4 atoms for .m4a, Vorbis comments for .flac/.ogg,
 // ID3v2.4 for .mp3); leave them empty for an untagged file. An .mp3 made
 // without tags has no ID3 tag at all, ready for writeId3Tag().
@@ -19,6 +21,8 @@ struct Tone {
     explicit Tone(double length = 2.0) : seconds(length) {}
     double seconds;
     int frequency = 440;
+    double offset = 0;
+    double silentFrom = 0, silentTo = 0;
     QString title;
     QString artist;
     QString picturePath; // a PNG or JPEG embedded as the cover
@@ -50,13 +54,14 @@ bool writeRandomBytes(const QString& path, int size, unsigned seed = 1);
 
 // Listens to the test desktop's null sink through its monitor source
 // ($PLINK_TEST_MONITOR, set by scripts/testenv) with parec, as mono 16-bit
-// samples at 8 kHz. The monitor takes about a second before data flows and
-// runs ahead while idle: judge levels over windows of a second or more.
+// samples at 8 kHz, or at the sink's full rate to time joins. The test
+// desktop keeps the sink awake, so that starts and stops can be timed to a
+// few milliseconds.
 // Recorded data arrive through the event loop (QTest::qWait).
 class MonitorRecorder
 {
 public:
-    MonitorRecorder() = default;
+    explicit MonitorRecorder(int rate = sampleRate) : m_rate(rate) {}
     ~MonitorRecorder();
     MonitorRecorder(const MonitorRecorder&) = delete;
     MonitorRecorder& operator=(const MonitorRecorder&) = delete;
@@ -77,14 +82,16 @@ public:
     // from fromSeconds on.
     QList<double> levels(double windowSeconds, double fromSeconds = 0);
     // Seconds from fromSeconds to the first sample louder than threshold
-    // (0 … 1), or -1 if none came.
+    // (0 … 1), or -1 if none came; lastSoundBefore likewise backwards.
     double firstSoundAfter(double fromSeconds, double threshold = 0.02);
+    double lastSoundBefore(double toSeconds, double threshold = 0.02);
     // RMS level over [fromSeconds, toSeconds).
     double level(double fromSeconds, double toSeconds);
 
 private:
     void drain();
 
+    int m_rate;
     QProcess m_parec;
     QByteArray m_samples; // s16le mono
 };
