@@ -48,11 +48,11 @@ GeneralSettingsView::GeneralSettingsView(Config& config, QWidget* parent)
             auto* note = new QLabel(tr("Takes effect the next time plinkBox starts."), switchSection);
             note->setObjectName(QStringLiteral("floatingWindowNote"));
             note->setForegroundRole(QPalette::PlaceholderText);
-            auto* row = new QHBoxLayout;
-            row->addWidget(entry.box);
-            row->addWidget(note);
-            row->addStretch();
-            switchForm->addRow(row);
+            auto* line = new QHBoxLayout;
+            line->addWidget(entry.box);
+            line->addWidget(note);
+            line->addStretch();
+            switchForm->addRow(line);
         } else {
             switchForm->addRow(entry.box);
         }
