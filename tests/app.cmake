@@ -1,5 +1,4 @@
 plink_add_test(test_windowsnapdelegate SOURCES test_windowsnapdelegate.cpp LIBS plinkapp)
-plink_add_test(test_commandmenu SOURCES test_commandmenu.cpp playerfixture.h LIBS plinkapp)
 # The real executable on the test desktop.
 plink_add_test(test_playerwindow_e2e SOURCES test_playerwindow_e2e.cpp playerfixture.h
     LIBS plinkcore plinkart Qt6::Widgets DISPLAY)
