@@ -1,4 +1,3 @@
-plink_add_test(test_windowsnapdelegate SOURCES test_windowsnapdelegate.cpp LIBS plinkapp)
 # The real executable on the test desktop.
 plink_add_test(test_playerwindow_e2e SOURCES test_playerwindow_e2e.cpp playerfixture.h
     LIBS plinkcore plinkart Qt6::Widgets DISPLAY)
