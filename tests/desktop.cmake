@@ -1,4 +1,4 @@
-plink_add_test(test_mprisservice SOURCES test_mprisservice.cpp LIBS plinkapp)
+plink_add_test(test_mprisservice SOURCES test_mprisservice.cpp playerfixture.h LIBS plinkapp)
 # Tests that own the player's name on the session bus must not run side by side.
 set_tests_properties(test_mprisservice PROPERTIES RESOURCE_LOCK plinkbox-session-bus)
 add_test(NAME test_install COMMAND ${CMAKE_COMMAND} -DBUILD_DIR=${CMAKE_BINARY_DIR}
