@@ -1,8 +1,7 @@
 #pragma once
 
 // What the player's tests share: tones, playlists of them, the player's
-// parts, a theme of solid colours (one pixel tells which picture is where)
-// and the lines an action printed.
+// parts and the lines an action printed.
 
 #include "playback/audioplayer.h"
 #include "playback/mediabackend.h"
@@ -11,9 +10,7 @@
 #include "support/audiofixtures.h"
 #include "support/stdoutcapture.h"
 
-#include <QColor>
-#include <QDir>
-#include <QImage>
+#include <QFile>
 #include <QRegularExpression>
 #include <QUrl>
 
@@ -65,28 +62,6 @@ struct Rig {
     AudioPlayer player;
     Transport transport{config, player};
 };
-
-// Every picture the skin draws, each as a solid colour of far apart hues.
-inline const QStringList pictureNames = {"player", "player-min", "close", "min", "rr", "rr-on", "play", "play-on",
-                                         "pause", "pause-on", "ff", "ff-on", "playlist-menu", "track-menu",
-                                         "track-scrubber", "track-album"};
-inline QColor pictureColour(const QString& picture)
-{
-    const int index = int(pictureNames.indexOf(picture));
-    return QColor::fromHsv((index * 360 / int(pictureNames.size()) + index % 2 * 11) % 360, 255, 230);
-}
-
-// Writes those pictures into the current theme's folder (the skin stretches them).
-inline void writeColouredTheme(Config& config)
-{
-    const QString folder = config.themesFolder() + QLatin1Char('/') + config.currentTheme() + QLatin1Char('/');
-    QDir().mkpath(folder);
-    for (const QString& name : pictureNames) {
-        QImage picture(64, 64, QImage::Format_ARGB32);
-        picture.fill(pictureColour(name));
-        picture.save(folder + name + QStringLiteral(".png"));
-    }
-}
 
 // The lines an action printed, without the test framework's own messages;
 // captured apart from the checks, so that a failing check's report shows.

@@ -4,12 +4,42 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QColor>
+#include <QDir>
+#include <QImage>
 #include <QMenu>
 #include <QPaintEvent>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
 using PlayerFixture::printedBy;
+
+namespace {
+
+// Every picture the skin draws, each as a solid colour of far apart hues:
+// one pixel tells which picture is where.
+const QStringList pictureNames = {"player", "player-min", "close", "min", "rr", "rr-on", "play", "play-on",
+                                  "pause", "pause-on", "ff", "ff-on", "playlist-menu", "track-menu",
+                                  "track-scrubber", "track-album"};
+QColor pictureColour(const QString& picture)
+{
+    const int index = int(pictureNames.indexOf(picture));
+    return QColor::fromHsv((index * 360 / int(pictureNames.size()) + index % 2 * 11) % 360, 255, 230);
+}
+
+// Writes those pictures into the current theme's folder (the skin stretches them).
+void writeColouredTheme(Config& config)
+{
+    const QString folder = config.themesFolder() + QLatin1Char('/') + config.currentTheme() + QLatin1Char('/');
+    QDir().mkpath(folder);
+    for (const QString& name : pictureNames) {
+        QImage picture(64, 64, QImage::Format_ARGB32);
+        picture.fill(pictureColour(name));
+        picture.save(folder + name + QStringLiteral(".png"));
+    }
+}
+
+} // namespace
 
 class ContentViewTest : public QObject
 {
@@ -32,7 +62,7 @@ class ContentViewTest : public QObject
     {
         const QImage image = m_view->grab().toImage();
         const QColor found = image.pixelColor((point * image.devicePixelRatio()).toPoint());
-        const QColor wanted = PlayerFixture::pictureColour(QLatin1String(picture));
+        const QColor wanted = pictureColour(QLatin1String(picture));
         return qAbs(found.red() - wanted.red()) < 12 && qAbs(found.green() - wanted.green()) < 12
             && qAbs(found.blue() - wanted.blue()) < 12;
     }
@@ -48,8 +78,9 @@ private slots:
         TestEnvironment::wipeHome();
         QCursor::setPos(0, 0); // the virtual cursor stays where the last test left it
         m_rig = std::make_unique<PlayerFixture::Rig>(m_tones);
-        PlayerFixture::writeColouredTheme(config());
+        writeColouredTheme(config());
         m_view = std::make_unique<ContentView>(config(), player(), m_rig->transport);
+        m_view->setMovableByBackground(true);
         m_view->move(200, 200);
         m_view->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
@@ -142,15 +173,6 @@ private slots:
         QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, QPoint(1, start.y()));
         QVERIFY(!m_view->isDragging() && player().hasTimer() && player().isPlaying());
         QCOMPARE(m_view->cursor().shape(), Qt::ArrowCursor);
-        QTRY_VERIFY_WITH_TIMEOUT(player().progress() > 0.01, 3000);
-
-        // Past the end: held at the end, and the track plays out.
-        QTest::mousePress(m_view.get(), Qt::LeftButton, {}, QPoint(qRound(thumbCentreX(bounds, player().progress())), start.y()));
-        QTest::mouseMove(m_view.get(), QPoint(m_view->width() - 1, start.y()));
-        QCOMPARE(m_view->dragX(), 399.75);
-        QCOMPARE(player().progress(), 1.0);
-        QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, QPoint(m_view->width() - 1, start.y()));
-        QTRY_COMPARE_WITH_TIMEOUT(config().currentTrackIndex(), 1, 5000);
         click(Element::playPause);
         QVERIFY(!player().isPlaying() && shows(start, "player"));
     }
