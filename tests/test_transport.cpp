@@ -157,6 +157,10 @@ private slots:
             QTest::keyClick(&other, key, Qt::ControlModifier);
         QCOMPARE(titles(menu).mid(0, 3), (QStringList{"Pause", "Loop tracks", "Shuffle tracks ✓"}));
         QVERIFY(TestFiles::storedSettings().shuffleTracks && !TestFiles::storedSettings().loopTracks);
+        // A key toggles its own mark; a change made elsewhere must reach the marks too.
+        config().setShuffleTracks(false);
+        config().setLoopTracks(true);
+        QCOMPARE(titles(menu).mid(1, 2), (QStringList{"Loop tracks ✓", "Shuffle tracks"}));
         QCOMPARE(settingsRequested.count(), 1);
         // Volume steps of a tenth, held at 0.
         QVERIFY(qAbs(player().volume() - 0.6f) < 1e-4f);
