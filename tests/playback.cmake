@@ -6,7 +6,7 @@ plink_add_test(test_audioplayer SOURCES test_audioplayer.cpp playerfixture.h LIB
 # A sound that is text, for the "could not play" path, next to the shipped ones.
 set(plink_broken_sound ${CMAKE_CURRENT_BINARY_DIR}/soundfixtures/broken.m4a)
 file(WRITE ${plink_broken_sound} "these are words, not sound\n")
-plink_add_test(test_soundplayer SOURCES test_soundplayer.cpp LIBS plinkcore plinkart)
+plink_add_test(test_soundplayer SOURCES test_soundplayer.cpp LIBS plinkcore plinksounds)
 qt_add_resources(test_soundplayer brokensound PREFIX /sounds BASE ${CMAKE_CURRENT_BINARY_DIR}/soundfixtures
     FILES ${plink_broken_sound})
 

@@ -1,7 +1,7 @@
 #pragma once
 
 // What the player's tests share: tones, playlists of them, the player's
-// parts, and a theme of solid colours (one pixel tells which picture is where).
+// parts and the lines an action printed.
 
 #include "playback/audioplayer.h"
 #include "player/transport.h"
@@ -9,9 +9,7 @@
 #include "support/audiofixtures.h"
 #include "support/stdoutcapture.h"
 
-#include <QColor>
-#include <QDir>
-#include <QImage>
+#include <QFile>
 #include <QRegularExpression>
 #include <QUrl>
 
@@ -22,23 +20,16 @@ inline QStringList makeTones(const QString& folder, int count, double seconds)
 {
     QStringList paths;
     for (int i = 0; i < count; ++i) {
-        const QString path = folder + QStringLiteral("/tone%1.wav").arg(i);
         AudioFixtures::Tone tone(seconds);
         tone.frequency = 330 + 110 * i;
-        if (!QFile::exists(path) && !AudioFixtures::makeTone(path, tone))
+        paths.append(folder + QStringLiteral("/tone%1.wav").arg(i));
+        if (!QFile::exists(paths.last()) && !AudioFixtures::makeTone(paths.last(), tone))
             return {};
-        paths.append(path);
     }
     return paths;
 }
 
-inline Track trackOf(const QString& path, int number)
-{
-    return Track::make(QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded),
-                       QStringLiteral("Tone %1").arg(number), QStringLiteral("Sine"));
-}
-
-// Appends a playlist holding the given files and returns its id.
+// Appends a playlist of the files, as tracks "Tone 1", "Tone 2", …, and returns its id.
 inline QUuid addPlaylist(Config& config, const QString& name, const QStringList& paths)
 {
     config.createPlaylist();
@@ -46,8 +37,9 @@ inline QUuid addPlaylist(Config& config, const QString& name, const QStringList&
     catalogue.last().name = name;
     config.setPlaylists(catalogue);
     QList<Track> tracks;
-    for (int i = 0; i < paths.size(); ++i)
-        tracks.append(trackOf(paths.at(i), i + 1));
+    for (const QString& path : paths)
+        tracks.append(Track::make(QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded),
+                                  QStringLiteral("Tone %1").arg(tracks.size() + 1), QStringLiteral("Sine")));
     config.writePlaylistTracks(catalogue.last().id, tracks);
     return catalogue.last().id;
 }
@@ -66,28 +58,6 @@ struct Rig {
     AudioPlayer player;
     Transport transport{config, player};
 };
-
-// Every picture the skin draws, each as a solid colour of far apart hues.
-inline const QStringList pictureNames = {"player", "player-min", "close", "min", "rr", "rr-on", "play", "play-on",
-                                         "pause", "pause-on", "ff", "ff-on", "playlist-menu", "track-menu",
-                                         "track-scrubber", "track-album"};
-inline QColor pictureColour(const QString& picture)
-{
-    const int index = pictureNames.indexOf(picture);
-    return QColor::fromHsv((index * 360 / pictureNames.size() + index % 2 * 11) % 360, 255, 230);
-}
-
-// Writes those pictures into the current theme's folder (the skin stretches them).
-inline void writeColouredTheme(Config& config)
-{
-    const QString folder = config.themesFolder() + QLatin1Char('/') + config.currentTheme();
-    QDir().mkpath(folder);
-    for (const QString& name : pictureNames) {
-        QImage picture(64, 64, QImage::Format_ARGB32);
-        picture.fill(pictureColour(name));
-        picture.save(folder + QLatin1Char('/') + name + QStringLiteral(".png"));
-    }
-}
 
 // The lines an action printed, without the test framework's own messages;
 // captured apart from the checks, so that a failing check's report shows.

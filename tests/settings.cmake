@@ -1,5 +1,2 @@
-set(PLINK_SETTINGS_FIXTURES settingsfixtures.h settingsfixtures.cpp)
-plink_add_test(test_trackdropdelegate SOURCES test_trackdropdelegate.cpp ${PLINK_SETTINGS_FIXTURES} LIBS plinksettings)
-plink_add_test(test_generalsettingsview SOURCES test_generalsettingsview.cpp ${PLINK_SETTINGS_FIXTURES} LIBS plinksettings)
-plink_add_test(test_playlistsettingsview SOURCES test_playlistsettingsview.cpp ${PLINK_SETTINGS_FIXTURES} LIBS plinksettings)
-plink_add_test(test_settingsview SOURCES test_settingsview.cpp LIBS plinkapp plinkart)
+plink_add_test(test_settingsview SOURCES test_settingsview.cpp settingsfixtures.h settingsfixtures.cpp
+    LIBS plinkapp plinkart)

@@ -24,19 +24,6 @@ bool makeMp3(const QString& path, const QString& title, const QString& artist)
     return false;
 }
 
-Track track(const QString& name)
-{
-    return Track::make("file:///music/" + name + ".mp3", name, QStringLiteral("Band"));
-}
-
-QStringList names(const QList<Track>& tracks)
-{
-    QStringList result;
-    for (const Track& entry : tracks)
-        result.append(entry.trackName);
-    return result;
-}
-
 FileWrites::FileWrites(const QString& folder)
     : m_fd(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
 {

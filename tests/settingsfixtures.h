@@ -1,7 +1,5 @@
 #pragma once
 
-#include "store/records.h"
-
 #include <QHash>
 #include <QString>
 
@@ -11,9 +9,6 @@ namespace SettingsFixtures {
 // A tenth of a second of silence as an MP3 made with ffmpeg; title and artist
 // go into an ID3v2.3 tag, and without either the file has no tag at all.
 bool makeMp3(const QString& path, const QString& title = {}, const QString& artist = {});
-
-Track track(const QString& name); // by "Band", at file:///music/<name>.mp3
-QStringList names(const QList<Track>& tracks);
 
 // Counts the completed writes of the files in one folder as inotify reports
 // them: a plain write when the file is closed, an atomic one when renamed in.

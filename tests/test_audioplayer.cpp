@@ -179,8 +179,8 @@ private slots:
         PlayerFixture::Rig rig(tones);
         rig.transport.playPausePressed();
         QTest::qWait(300);
-        rig.config.writePlaylistTracks(rig.three, {PlayerFixture::trackOf(tones[0], 1),
-                                                   PlayerFixture::trackOf(tones[2], 3)});
+        rig.config.writePlaylistTracks(rig.three, {Track::make(url(tones[0]).toString(), "a", "Sine"),
+                                                   Track::make(url(tones[2]).toString(), "c", "Sine")});
         QTRY_COMPARE_WITH_TIMEOUT(rig.config.currentTrackIndex(), 1, 2000);
         QCOMPARE(rig.player.currentUrl(), url(tones[2]));
     }

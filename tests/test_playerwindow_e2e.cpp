@@ -1,5 +1,5 @@
 // The real program on the test desktop, driven as a person would: xdotool
-// clicks and keys, the null sink's monitor as the ear.
+// clicks, keys and drags, a second launch, the null sink's monitor as the ear.
 #include "playerfixture.h"
 #include "support/testenvironment.h"
 
@@ -9,13 +9,29 @@
 
 using AudioFixtures::MonitorRecorder;
 
-static QString xdotool(const QStringList& arguments)
+namespace {
+
+QString run(const QString& program, const QStringList& arguments)
 {
     QProcess tool;
-    tool.start(QStringLiteral("xdotool"), arguments);
+    tool.start(program, arguments);
     tool.waitForFinished(20000);
     return QString::fromLocal8Bit(tool.readAllStandardOutput()).trimmed();
 }
+
+QString xdotool(const QStringList& arguments)
+{
+    return run(QStringLiteral("xdotool"), arguments);
+}
+
+QProcessEnvironment realDesktop()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM")); // the real X server, whatever this test uses
+    return environment;
+}
+
+} // namespace
 
 class PlayerWindowEndToEndTest : public QObject
 {
@@ -25,34 +41,14 @@ class PlayerWindowEndToEndTest : public QObject
     QProcess m_program;
     QString m_window;
 
-    bool start()
-    {
-        m_program.setProcessChannelMode(QProcess::ForwardedChannels);
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.remove(QStringLiteral("QT_QPA_PLATFORM")); // the real X server, whatever this test uses
-        m_program.setProcessEnvironment(environment);
-        m_program.start(QStringLiteral(PLINK_EXECUTABLE), {});
-        const bool shown = m_program.waitForStarted() && QTest::qWaitFor([&] {
-            m_window = xdotool({"search", "--onlyvisible", "--pid", QString::number(m_program.processId())})
-                           .section(QLatin1Char('\n'), 0, 0);
-            return !m_window.isEmpty() && windowGeometry().width() > 0;
-        }, 10000);
-        QTest::qWait(300); // the set-up after show
-        return shown;
-    }
-    void quit()
-    {
-        xdotool({"windowactivate", "--sync", m_window});
-        xdotool({"key", "ctrl+q"});
-        QVERIFY2(m_program.waitForFinished(5000), "Ctrl+Q did not end the program");
-    }
     QRect windowGeometry()
     {
         QHash<QString, int> values;
-        for (const QString& line : xdotool({"getwindowgeometry", "--shell", m_window}).split(QLatin1Char('\n')))
-            values.insert(line.section(QLatin1Char('='), 0, 0), line.section(QLatin1Char('='), 1).toInt());
+        for (const QString& line : xdotool({"getwindowgeometry", "--shell", m_window}).split(u'\n'))
+            values.insert(line.section(u'=', 0, 0), line.section(u'=', 1).toInt());
         return QRect(values.value("X"), values.value("Y"), values.value("WIDTH"), values.value("HEIGHT"));
     }
+    QString windowState() { return run(QStringLiteral("xprop"), {"-id", m_window, "WM_STATE"}); }
 
 private slots:
     void cleanup()
@@ -63,28 +59,41 @@ private slots:
         }
     }
 
-    // Click play and hear it, Space pauses, a drag near the corner snaps
-    // there; after Ctrl+Q, a saved superSized starts the window 1.5 times larger.
-    void playsPausesSnapsAndStartsSuperSized()
+    // Saved enlarged and floating, it starts 1.5 times larger and above other
+    // windows; a click on play is heard and Space silences it; dragged by its
+    // background near the corner, it snaps there; a second launch exits at
+    // once, saying so, and raises the minimised first; Ctrl+Q quits.
+    void aWholeSession()
     {
-        if (MonitorRecorder::source().isEmpty() || qEnvironmentVariableIsEmpty("DISPLAY"))
+        if (MonitorRecorder::source().isEmpty() || qEnvironmentVariableIsEmpty("DISPLAY")
+            || qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
             QSKIP("needs the test desktop (scripts/testenv)");
         const QStringList tones = PlayerFixture::makeTones(m_toneFolder.path(), 2, 30);
         QCOMPARE(tones.size(), 2);
         {
-            // "Tones" is saved before "Untitled": the tones are the first playlist at the next start.
             Config config;
             PlayerFixture::addPlaylist(config, QStringLiteral("Tones"), tones);
-            config.setLastSelectedPlaylistID(0);
+            config.setLastSelectedPlaylistID(0); // "Tones" sorts first when read back
+            config.setSuperSized(true);
+            config.setIsFloating(true);
             config.saveSettings();
         }
-        QVERIFY(start());
+        m_program.setProcessChannelMode(QProcess::ForwardedChannels);
+        m_program.setProcessEnvironment(realDesktop());
+        m_program.start(QStringLiteral(PLINK_EXECUTABLE), {});
+        QVERIFY(m_program.waitForStarted());
+        QVERIFY(QTest::qWaitFor([&] {
+            m_window = xdotool({"search", "--onlyvisible", "--pid", QString::number(m_program.processId())}).section(u'\n', 0, 0);
+            return !m_window.isEmpty() && windowGeometry().width() > 0;
+        }, 10000));
         const QRect before = windowGeometry();
-        QCOMPARE(before.size(), QSize(269, 96));
+        QCOMPARE(before.size(), QSize(404, 144));
+        QTRY_VERIFY(run(QStringLiteral("xprop"), {"-id", m_window, "_NET_WM_STATE"}).contains("_NET_WM_STATE_ABOVE"));
+
         MonitorRecorder ear;
         QVERIFY(ear.start());
         const double clicked = ear.seconds();
-        xdotool({"mousemove", "--window", m_window, "192", "34", "click", "1"}); // the play button's centre
+        xdotool({"mousemove", "--window", m_window, "288", "51", "click", "1"}); // the play button's centre
         QTest::qWait(2500);
         QVERIFY2(ear.level(clicked + 1, clicked + 2.5) > 0.05, "no sound after clicking play");
         xdotool({"windowactivate", "--sync", m_window});
@@ -93,8 +102,8 @@ private slots:
         QTest::qWait(2500);
         QVERIFY2(ear.level(paused + 1, paused + 2.5) < 0.01, "still sounding after Space");
 
-        // Pull the window by its background to 6 points from the left and 7 from the top.
-        const QPoint grab(120, 90);
+        // Pulled by the background to 6 points from the left and 7 from the top.
+        const QPoint grab(180, 135);
         xdotool({"mousemove", "--window", m_window, QString::number(grab.x()), QString::number(grab.y())});
         xdotool({"mousedown", "1"});
         for (int step = 1; step <= 10; ++step) {
@@ -104,17 +113,21 @@ private slots:
         }
         xdotool({"mouseup", "1"});
         QTRY_COMPARE(windowGeometry().topLeft(), QPoint(0, 0));
-        quit();
 
-        {
-            Config config;
-            QVERIFY(!config.superSized());
-            config.setSuperSized(true);
-            config.saveSettings();
-        }
-        QVERIFY(start());
-        QCOMPARE(windowGeometry().size(), QSize(404, 144));
-        quit();
+        xdotool({"windowminimize", "--sync", m_window});
+        QTRY_VERIFY(windowState().contains(QLatin1String("Iconic")));
+        QProcess second;
+        second.setProcessEnvironment(realDesktop());
+        second.start(QStringLiteral(PLINK_EXECUTABLE), {});
+        QVERIFY(second.waitForFinished(10000));
+        QCOMPARE(second.exitCode(), 0);
+        QCOMPARE(QString::fromUtf8(second.readAllStandardOutput()),
+                 QStringLiteral("plinkBox is already running; its window was brought forward.\n"));
+        QTRY_VERIFY(windowState().contains(QLatin1String("Normal")));
+
+        xdotool({"windowactivate", "--sync", m_window});
+        xdotool({"key", "ctrl+q"});
+        QVERIFY2(m_program.waitForFinished(5000), "Ctrl+Q did not end the program");
     }
 };
 

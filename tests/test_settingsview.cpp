@@ -1,23 +1,386 @@
 #include "app/commandmenu.h"
 #include "playback/audioplayer.h"
 #include "player/transport.h"
+#include "settings/generalsettingsview.h"
+#include "settings/playlistsettingsview.h"
 #include "settings/settingsview.h"
+#include "settings/tracktable.h"
+#include "settingsfixtures.h"
 #include "store/config.h"
+#include "support/stdoutcapture.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
+#include "themes/defaultlayouts.h"
 
+#include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
+#include <QDragEnterEvent>
+#include <QFileDialog>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMimeData>
 #include <QSignalSpy>
 #include <QTabWidget>
+#include <QTimer>
 #include <QToolButton>
+
+using namespace SettingsFixtures;
+using TestFiles::settingsPath;
+using TestFiles::storedSettings;
+
+namespace {
+
+const struct {
+    const char* name;
+    const char* label;
+    bool SettingsData::*stored;
+    void (Config::*set)(const bool&);
+} switches[] = {
+    {"playSoundsSwitch", "Play sounds", &SettingsData::playsSounds, &Config::setPlaysSounds},
+    {"largeSizedSwitch", "Large-sized", &SettingsData::superSized, &Config::setSuperSized},
+    {"floatingWindowSwitch", "Floating window", &SettingsData::isFloating, &Config::setIsFloating},
+    {"loopTracksSwitch", "Loop tracks", &SettingsData::loopTracks, &Config::setLoopTracks},
+    {"shuffleTracksSwitch", "Shuffle tracks", &SettingsData::shuffleTracks, &Config::setShuffleTracks},
+};
+
+Track track(const QString& name)
+{
+    return Track::make("file:///music/" + name + ".mp3", name, QStringLiteral("Band"));
+}
+
+QStringList names(const QList<Track>& tracks)
+{
+    QStringList result;
+    for (const Track& entry : tracks)
+        result.append(entry.trackName);
+    return result;
+}
+
+// Playlists with these names (the first is the one a first start makes) and tracks.
+QList<Playlist> makeCatalogue(Config& config, const QStringList& playlistNames, const QList<QStringList>& trackNames)
+{
+    while (config.playlists().size() < playlistNames.size())
+        config.createPlaylist();
+    QList<Playlist> catalogue = config.playlists();
+    for (qsizetype i = 0; i < catalogue.size(); ++i) {
+        catalogue[i].name = playlistNames.at(i);
+        QList<Track> tracks;
+        for (const QString& name : trackNames.value(i))
+            tracks.append(track(name));
+        config.writePlaylistTracks(catalogue.at(i).id, tracks);
+    }
+    config.setPlaylists(catalogue);
+    config.saveSettings();
+    return catalogue;
+}
+
+template <class Event>
+bool sendDragEvent(QWidget* target, const QPoint& at, const QMimeData& mime)
+{
+    Event event(at, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton, {});
+    QApplication::sendEvent(target, &event);
+    return event.isAccepted();
+}
+
+// A drag over the rows T1 twin T3 twin (the twins equal tracks): the rows it
+// starts and enters (empty: no drag), then the order it leaves.
+struct Drag {
+    QString dragged, target;
+    bool playsSounds;
+    QStringList result;
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(Drag)
 
 class SettingsViewTest : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void init() { TestEnvironment::wipeHome(); }
+
+    void switchesSaveEachClickAndOnlyMirrorTheStore_data()
+    {
+        QTest::addColumn<int>("row");
+        for (int row = 0; row < int(std::size(switches)); ++row)
+            QTest::newRow(switches[row].name) << row;
+    }
+    void switchesSaveEachClickAndOnlyMirrorTheStore()
+    {
+        QFETCH(int, row);
+        const auto& entry = switches[row];
+        Config config;
+        const bool initial = storedSettings().*entry.stored;
+        QFile::remove(settingsPath());
+        GeneralSettingsView view(config);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        auto* box = view.findChild<QCheckBox*>(entry.name);
+        QCOMPARE(box->text(), QString(entry.label));
+        QCOMPARE(box->isChecked(), initial);
+        QVERIFY2(!QFile::exists(settingsPath()), "showing the view saves nothing");
+        for (const bool expected : {!initial, initial}) { // each click is written
+            QTest::mouseClick(box, Qt::LeftButton, {}, box->rect().center());
+            QCOMPARE(storedSettings().*entry.stored, expected);
+            QVERIFY(QFile::remove(settingsPath()));
+        }
+        // Changed in the store, as the "Player" menu does (and saves itself): shown, not saved.
+        (config.*entry.set)(!initial);
+        QCOMPARE(box->isChecked(), !initial);
+        QVERIFY(!QFile::exists(settingsPath()));
+    }
+
+    // Choosing a theme saves the settings, then reads its layout; choosing
+    // the current one again does nothing.
+    void themeChoiceSavesThenLoadsUnlessAlreadyCurrent()
+    {
+        Config config;
+        SettingsView window(config);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCOMPARE(window.windowTitle(), QStringLiteral("Settings"));
+        QCOMPARE(window.size(), QSize(640, 640));
+        auto* tabs = window.findChild<QTabWidget*>();
+        QCOMPARE((QStringList{tabs->tabText(0), tabs->tabText(1)}), (QStringList{"General", "Playlists"}));
+        auto* picker = window.findChild<QComboBox*>("themePicker");
+        const auto choose = [&](int row) { // as a user picks: open the list, move to the entry, press Return
+            picker->showPopup();
+            picker->view()->setCurrentIndex(picker->view()->model()->index(row, 0));
+            QTest::keyClick(picker->view(), Qt::Key_Return);
+        };
+        QFile::remove(settingsPath());
+        QSignalSpy changes(&config, &Config::changed);
+        QSignalSpy activations(picker, &QComboBox::activated);
+        choose(picker->currentIndex());
+        QCOMPARE(activations.count(), 1);
+        QCOMPARE(changes.count(), 0);
+        QVERIFY(!QFile::exists(settingsPath()));
+
+        QString savedWhenLayoutArrived;
+        connect(&config, &Config::changed, this, [&](Config::Property property) {
+            if (property == Config::Property::playerWidth && savedWhenLayoutArrived.isEmpty())
+                savedWhenLayoutArrived = storedSettings().currentTheme;
+        });
+        choose(int(config.availableThemes().indexOf(QStringLiteral("max-graphite"))));
+        QCOMPARE(savedWhenLayoutArrived, QStringLiteral("max-graphite"));
+        QCOMPARE(config.geometry(), familyLayout(ThemeFamily::max));
+        config.setCurrentTheme(QStringLiteral("no-such-theme"));
+        QCOMPARE(picker->currentIndex(), -1);
+    }
+
+    // The drag passes over rows: the dragged row lands on the entered one
+    // (below it coming from above, above it from below), and the drop
+    // commits once, with the "drag" sound when sounds are on.
+    void draggedRowLandsOnTheEnteredRowAndDropCommitsOnce_data()
+    {
+        QTest::addColumn<Drag>("drag");
+        const QStringList unchanged{"T1", "twin", "T3", "twin"};
+        QTest::newRow("no drag") << Drag{"", "T1", false, unchanged};
+        QTest::newRow("over itself") << Drag{"T1", "T1", false, unchanged};
+        QTest::newRow("dragged row gone") << Drag{"elsewhere", "T1", false, unchanged};
+        QTest::newRow("target row gone") << Drag{"T1", "elsewhere", false, unchanged};
+        QTest::newRow("down by one") << Drag{"T1", "twin", false, {"twin", "T1", "T3", "twin"}};
+        QTest::newRow("down by two") << Drag{"T1", "T3", true, {"twin", "T3", "T1", "twin"}};
+        QTest::newRow("up by two") << Drag{"T3", "T1", true, {"T3", "T1", "twin", "twin"}};
+        QTest::newRow("equal tracks move the first") << Drag{"twin", "T1", false, {"twin", "T1", "T3", "twin"}};
+    }
+    void draggedRowLandsOnTheEnteredRowAndDropCommitsOnce()
+    {
+        QFETCH(Drag, drag);
+        Config config;
+        config.setPlaysSounds(drag.playsSounds);
+        const Track twin = track("twin");
+        QList<Track> tracks{track("T1"), twin, track("T3"), twin};
+        const auto find = [&](const QString& name) {
+            return names(tracks).contains(name) ? tracks.at(names(tracks).indexOf(name)) : track(name);
+        };
+        std::optional<Track> draggedTrack;
+        if (!drag.dragged.isEmpty())
+            draggedTrack = find(drag.dragged);
+        QList<QStringList> commits;
+        TrackDropDelegate delegate(tracks, config, draggedTrack, [&] { commits.append(names(tracks)); });
+        delegate.dropEntered(find(drag.target));
+        QCOMPARE(names(tracks), drag.result);
+        QVERIFY(commits.isEmpty());
+        // This binary carries no sounds: a requested one prints "not found".
+        StdoutCapture out;
+        QVERIFY(delegate.performDrop());
+        QCOMPARE(commits, QList<QStringList>{drag.result});
+        QVERIFY(!draggedTrack);
+        QCOMPARE(out.lines(), drag.playsSounds ? QStringList{"Error: Sound file drag.m4a not found."} : QStringList());
+    }
+
+    void playlistsArePickedCreatedRenamedAndDeletedInTwoSteps()
+    {
+        Config config;
+        const QList<Playlist> catalogue = makeCatalogue(config, {"Road", "Home", "Work"}, {{"r1"}, {"h1", "h2"}, {"w1"}});
+        config.setCurrentPlaylistIndex(1);
+        PlaylistSettingsView view(config);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        auto* picker = view.findChild<QComboBox*>("playlistPicker");
+        auto* nameField = view.findChild<QLineEdit*>("playlistNameField");
+        QCOMPARE(names(view.tracks()), (QStringList{"h1", "h2"}));
+
+        // Picking here leaves the player's playlist alone and saves nothing; the
+        // player choosing one brings the editor along.
+        QFile::remove(settingsPath());
+        picker->setCurrentIndex(2);
+        QCOMPARE(nameField->text(), QStringLiteral("Work"));
+        QCOMPARE(names(view.tracks()), QStringList{"w1"});
+        QCOMPARE(config.currentPlaylistIndex(), 1);
+        QVERIFY(!QFile::exists(settingsPath()));
+        config.setCurrentPlaylistIndex(0);
+        QCOMPARE(names(view.tracks()), QStringList{"r1"});
+
+        // A new playlist is selected with its name ready to be typed over; Return saves the name.
+        QTest::mouseClick(view.findChild<QAbstractButton*>("newPlaylistButton"), Qt::LeftButton);
+        const Playlist created = config.playlists().value(3);
+        QCOMPARE(view.selectedPlaylistID(), created.id);
+        QTest::keyClicks(nameField, QStringLiteral("Morning"));
+        QTest::keyClick(nameField, Qt::Key_Return);
+        QVERIFY(storedSettings().playlists.contains(Playlist{created.id, QStringLiteral("Morning")}));
+        QCOMPARE(picker->currentText(), QStringLiteral("Morning"));
+
+        // The first press only asks, the second deletes.
+        config.setCurrentPlaylistIndex(3);
+        auto* button = view.findChild<QAbstractButton*>("deletePlaylistButton");
+        button->click();
+        QCOMPARE(button->text(), QStringLiteral("Are you sure?"));
+        QCOMPARE(config.playlists().size(), 4);
+        button->click();
+        QCOMPARE(storedSettings().playlists.size(), 3);
+        QCOMPARE(button->text(), QStringLiteral("Delete playlist..."));
+        QCOMPARE(config.currentPlaylistIndex(), 0); // brought back into range
+        // Deleted elsewhere while the player's index points past the end: the first is shown.
+        config.setCurrentPlaylistIndex(2);
+        config.deletePlaylist(catalogue.at(2).id);
+        QCOMPARE(names(view.tracks()), QStringList{"r1"});
+        config.setPlaylists({});
+        QVERIFY(!view.selectedPlaylistID());
+        QVERIFY(!view.findChild<QAbstractButton*>("addTracksButton")->isEnabled());
+    }
+
+    void filesAreAddedInOrderAndUnreadableFilesKept()
+    {
+        Config config;
+        const QString folder = TestEnvironment::home() + "/My Music";
+        QDir().mkpath(folder);
+        const QStringList paths{folder + "/b song.mp3", folder + "/a song.mp3", folder + "/plain.mp3"};
+        QVERIFY(makeMp3(paths.at(0), QStringLiteral("Song"), QStringLiteral("Band")));
+        QVERIFY(makeMp3(paths.at(1), QStringLiteral("Ünïcode"), QStringLiteral("Ensemble")));
+        QVERIFY(makeMp3(paths.at(2)));
+        const QList<Playlist> catalogue = makeCatalogue(config, {"Mix", "Broken"}, {{"old"}});
+        const QUuid id = catalogue.at(0).id;
+        const QUuid broken = catalogue.at(1).id;
+        PlaylistSettingsView view(config);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QWidget* viewport = view.findChild<TrackTable*>("trackTable")->viewport();
+        QSignalSpy added(&view, &PlaylistSettingsView::tracksAdded);
+
+        // As a file manager sends them (text too), with a web address and a folder among them.
+        QMimeData files;
+        files.setUrls({QUrl::fromLocalFile(paths.at(0)), QUrl("https://example.org/x.mp3"), QUrl::fromLocalFile(folder),
+                       QUrl::fromLocalFile(paths.at(1)), QUrl::fromLocalFile(paths.at(2))});
+        files.setText(files.urls().first().toString());
+        QVERIFY(sendDragEvent<QDragEnterEvent>(viewport, {10, 10}, files));
+        QVERIFY(sendDragEvent<QDropEvent>(viewport, {10, 10}, files));
+        QVERIFY(added.wait(10000));
+        QCOMPARE(names(view.tracks()), (QStringList{"old", "Song", "Ünïcode", "Track"}));
+        QCOMPARE(view.tracks().at(3).artist, QStringLiteral("Unknown artist"));
+        QVERIFY(view.tracks().at(1).urlString.endsWith(QStringLiteral("My%20Music/b%20song.mp3")));
+        QCOMPARE(config.readPlaylistTracks(id), std::optional<QList<Track>>(view.tracks()));
+
+        // Files only, several at once, of any type; three names typed as a user may.
+        // Nothing is checked inside: a failure there would leave the dialog open.
+        QStringList seen;
+        QTimer answer;
+        connect(&answer, &QTimer::timeout, this, [&] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            answer.stop();
+            seen = QStringList{dialog->windowTitle(), QString::number(dialog->fileMode())};
+            dialog->setDirectory(folder);
+            dialog->findChild<QLineEdit*>("fileNameEdit")->setText("\"plain.mp3\" \"b song.mp3\" \"a song.mp3\"");
+            QMetaObject::invokeMethod(dialog, "accept");
+        });
+        answer.start(50);
+        QTest::mouseClick(view.findChild<QAbstractButton*>("addTracksButton"), Qt::LeftButton);
+        QCOMPARE(seen, (QStringList{"Add track to playlist", QString::number(QFileDialog::ExistingFiles)}));
+        QVERIFY(added.wait(10000));
+        QCOMPARE(names(view.tracks()).mid(4), (QStringList{"Track", "Song", "Ünïcode"}));
+        // Two quick additions, the first slower to read, land in the order they were made.
+        view.addFiles(QList<QUrl>(300, QUrl::fromLocalFile(paths.at(2))));
+        view.addFiles({QUrl::fromLocalFile(paths.at(0))});
+        QTRY_COMPARE_WITH_TIMEOUT(added.count(), 4, 10000);
+        QCOMPARE(view.tracks().size(), 7 + 300 + 1);
+        QCOMPARE(view.tracks().last().trackName, QStringLiteral("Song"));
+
+        // Moving on before the tags are read: the files still go where they were added.
+        // The next playlist's file is unreadable: reported and shown empty.
+        const QByteArray brokenBytes("{ \"tracks\" : [ oops");
+        QVERIFY(TestFiles::writeFile(config.playlistFileURL(broken), brokenBytes));
+        view.addFiles({QUrl::fromLocalFile(paths.at(1))});
+        StdoutCapture out;
+        view.selectPlaylist(broken);
+        QCOMPARE(out.lines().size(), 1);
+        QVERIFY(added.wait(10000));
+        QCOMPARE(names(config.readPlaylistTracks(id).value()).mid(308), QStringList{"Ünïcode"});
+        QVERIFY(view.tracks().isEmpty());
+        // Adding to it replaces the file, but its old bytes are kept beside it, once.
+        for (int addition = 0; addition < 2; ++addition) {
+            view.addFiles({QUrl::fromLocalFile(paths.at(2))});
+            QVERIFY(added.wait(10000));
+        }
+        QCOMPARE(names(config.readPlaylistTracks(broken).value()), (QStringList{"Track", "Track"}));
+        QCOMPARE(TestFiles::readFile(config.playlistFileURL(broken) + ".broken"), brokenBytes);
+        QVERIFY(!QFile::exists(config.playlistFileURL(broken) + ".broken-2"));
+    }
+
+    void rowsDraggedOverTheTableReorderAndSaveOnceThenTrash()
+    {
+        Config config;
+        const QUuid id = makeCatalogue(config, {"Mix"}, {{"T1", "T2", "T3"}}).first().id;
+        PlaylistSettingsView view(config);
+        view.resize(400, 400);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        auto* table = view.findChild<TrackTable*>("trackTable");
+        QWidget* viewport = table->viewport();
+        const auto rowCentre = [&](int row) { return table->visualRect(table->model()->index(row, 0)).center(); };
+        QSignalSpy writes(&config, &Config::playlistTracksWritten);
+
+        // Pulling the first row starts a drag; this platform has no drag loop, so
+        // the drag's path over the rows is sent as the events the table would get.
+        const QPoint start = rowCentre(0);
+        const QPoint pulled = start + QPoint(2 * QApplication::startDragDistance() + 10, 0);
+        QTest::mousePress(viewport, Qt::LeftButton, {}, start);
+        QTest::mouseMove(viewport, start + QPoint(QApplication::startDragDistance() + 5, 0));
+        QTest::mouseMove(viewport, pulled);
+        QTest::mouseRelease(viewport, Qt::LeftButton, {}, pulled);
+        QMimeData payload;
+        payload.setText(QStringLiteral("row"));
+        QVERIFY(sendDragEvent<QDragEnterEvent>(viewport, start, payload));
+        for (const int row : {0, 1, 1, 2})
+            QVERIFY(sendDragEvent<QDragMoveEvent>(viewport, rowCentre(row), payload));
+        QVERIFY(sendDragEvent<QDropEvent>(viewport, rowCentre(2), payload));
+        QCOMPARE(names(config.readPlaylistTracks(id).value()), (QStringList{"T2", "T3", "T1"}));
+        QCOMPARE(writes.count(), 1);
+
+        // The trash button removes the selected rows.
+        QTest::mouseClick(viewport, Qt::LeftButton, {}, rowCentre(0));
+        QTest::mouseClick(viewport, Qt::LeftButton, Qt::ControlModifier, rowCentre(2));
+        QTest::mouseClick(view.findChild<QAbstractButton*>("removeTracksButton"), Qt::LeftButton);
+        QCOMPARE(names(config.readPlaylistTracks(id).value()), QStringList{"T3"});
+    }
+
     // The player window 269 × 96 on a 1280 × 800 screen, the settings frame 648 × 672.
     void opensBesideThePlayer_data()
     {

@@ -1,3 +1,4 @@
+#include "app/windowsnapdelegate.h"
 #include "player/skingeometry.h"
 #include "support/testenvironment.h"
 
@@ -5,6 +6,9 @@
 
 Q_DECLARE_METATYPE(Element)
 
+// Where the skin puts things and where the window snaps: plain functions over
+// the default layout (close 17 × 14 at (9.5, 11), text lines 152 wide, the
+// scrub bar from 117.5 to 266.5 at 65.5).
 class SkinGeometryTest : public QObject
 {
     Q_OBJECT
@@ -15,10 +19,8 @@ private slots:
         QTest::addColumn<Element>("element");
         QTest::addColumn<bool>("superSized");
         QTest::addColumn<QRectF>("expected");
-        // The default layout: close 17 × 14 at (9.5, 11), text lines 152 wide.
         QTest::newRow("close") << Element::close << false << QRectF(1, 4, 17, 14);
         QTest::newRow("close enlarged") << Element::close << true << QRectF(1.5, 6, 25.5, 21);
-        QTest::newRow("play enlarged") << Element::playPause << true << QRectF(262.5, 12, 51, 78);
         QTest::newRow("title keeps its width") << Element::trackTitle << true << QRectF(212, 107.5, 152, 10);
     }
     void elementsSitAtTheirScaledCentres()
@@ -29,46 +31,33 @@ private slots:
         QCOMPARE(elementRect(ThemeData(), element, skinScale(superSized), 10), expected);
     }
 
-    void windowFollowsModeScaleAndStaysSane_data()
+    void zeroWidthRemovesOnlyOptionalElements()
+    {
+        ThemeData theme;
+        theme.minWidth = theme.trackArtWidth = theme.closeWidth = theme.playWidth = 0;
+        QVERIFY(!elementShown(theme, Element::minimise, false) && !elementShown(theme, Element::albumArt, false));
+        QVERIFY(elementShown(theme, Element::close, false) && elementShown(theme, Element::playPause, false));
+    }
+
+    void windowSizeIsWholeAndSane_data()
     {
         QTest::addColumn<double>("width");
         QTest::addColumn<double>("height");
-        QTest::addColumn<bool>("minimised");
-        QTest::addColumn<bool>("superSized");
-        QTest::addColumn<QSizeF>("frame"); // invalid: not checked
-        QTest::addColumn<QSize>("window");
-        QTest::newRow("enlarged") << 269.0 << 96.0 << false << true << QSizeF(403.5, 144) << QSize(404, 144);
-        QTest::newRow("huge") << 1e300 << 5e9 << false << true << QSizeF() << QSize(4000, 4000);
-        QTest::newRow("negative") << -269.0 << -1.0 << false << true << QSizeF() << QSize(1, 1);
-        QTest::newRow("not a number") << qQNaN() << qInf() << false << true << QSizeF() << QSize(1, 4000);
+        QTest::addColumn<QSize>("window"); // of the enlarged player
+        QTest::newRow("default") << 269.0 << 96.0 << QSize(404, 144);
+        QTest::newRow("huge") << 1e300 << 5e9 << QSize(4000, 4000);
+        QTest::newRow("negative") << -269.0 << -1.0 << QSize(1, 1);
+        QTest::newRow("not a number") << qQNaN() << qInf() << QSize(1, 4000);
     }
-    void windowFollowsModeScaleAndStaysSane()
+    void windowSizeIsWholeAndSane()
     {
         QFETCH(double, width);
         QFETCH(double, height);
-        QFETCH(bool, minimised);
-        QFETCH(bool, superSized);
-        QFETCH(QSizeF, frame);
         QFETCH(QSize, window);
         ThemeData theme;
         theme.playerWidth = width;
         theme.playerHeight = height;
-        const QSizeF found = frameSize(theme, minimised, skinScale(superSized));
-        if (frame.isValid())
-            QCOMPARE(found, frame);
-        QCOMPARE(windowSize(found), window);
-    }
-
-    void zeroWidthRemovesOnlyOptionalElements()
-    {
-        ThemeData theme;
-        QVERIFY(elementShown(theme, Element::minimise, false));
-        theme.minWidth = theme.playlistMenuWidth = theme.trackMenuWidth = theme.trackArtWidth = 0;
-        theme.closeWidth = theme.rrWidth = theme.playWidth = theme.ffWidth = 0;
-        for (Element kept : {Element::close, Element::rewind, Element::playPause, Element::fastForward})
-            QVERIFY(elementShown(theme, kept, false));
-        for (Element gone : {Element::minimise, Element::playlistMenu, Element::trackMenu, Element::albumArt})
-            QVERIFY(!elementShown(theme, gone, false));
+        QCOMPARE(windowSize(frameSize(theme, false, skinScale(true))), window);
     }
 
     void scrubDragIsClampedToScaledBounds_data()
@@ -94,9 +83,8 @@ private slots:
         ThemeData theme;
         theme.scrubberMaxPosX = maxX;
         const ScrubBounds bounds = scrubBounds(theme, skinScale(superSized));
-        const double x = clampedDragX(bounds, pointerX);
-        QCOMPARE(x, thumbX);
-        QCOMPARE(seekFraction(bounds, x).value_or(-1.0), fraction);
+        QCOMPARE(clampedDragX(bounds, pointerX), thumbX);
+        QCOMPARE(seekFraction(bounds, thumbX).value_or(-1.0), fraction);
         if (fraction >= 0)
             QCOMPARE(thumbCentreX(bounds, fraction), thumbX);
     }
@@ -126,6 +114,32 @@ private slots:
         const ThemeData theme;
         const auto found = controlAt(theme, s, playing, thumbCentreX(scrubBounds(theme, s), 0), point);
         QCOMPARE(found ? int(*found) : -1, control);
+    }
+
+    void windowSnapsToTheNearEdges_data()
+    {
+        // The usable area lies below a 30-point panel: 0,30 to 1280,800.
+        QTest::addColumn<QRect>("window");
+        QTest::addColumn<QPoint>("expected"); // (-1, -1): left alone
+        const QPoint none(-1, -1);
+        QTest::newRow("10 from the left snaps") << QRect(10, 300, 269, 96) << QPoint(0, 300);
+        QTest::newRow("11 from the left stays") << QRect(11, 300, 269, 96) << none;
+        QTest::newRow("partly off the left") << QRect(-7, 300, 269, 96) << QPoint(0, 300);
+        QTest::newRow("past the right edge") << QRect(1280 - 269 + 10, 300, 269, 96) << QPoint(1280 - 269, 300);
+        QTest::newRow("4 below the top and 6 from the right") << QRect(1005, 34, 269, 96) << QPoint(1011, 30);
+        QTest::newRow("below the bottom") << QRect(500, 800 - 96 + 3, 269, 96) << QPoint(500, 800 - 96);
+        QTest::newRow("both sides near: left wins over a nearer right") << QRect(7, 300, 1276, 96) << QPoint(0, 300);
+        QTest::newRow("top and bottom near: bottom wins over a nearer top") << QRect(500, 33, 269, 760) << QPoint(500, 40);
+    }
+    void windowSnapsToTheNearEdges()
+    {
+        QFETCH(QRect, window);
+        QFETCH(QPoint, expected);
+        const QRect area(0, 30, 1280, 770);
+        const auto place = snapped(window, area);
+        QCOMPARE(place.value_or(QPoint(-1, -1)), expected);
+        if (place) // snapping again from there changes nothing more
+            QCOMPARE(snapped(QRect(*place, window.size()), area), place);
     }
 };
 

@@ -1,17 +1,28 @@
+#include "app/commandmenu.h"
 #include "playerfixture.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
 
-#include <QGuiApplication>
+#include <QApplication>
+#include <QMenu>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 
 using PlayerFixture::printedBy;
 
-// Interface sounds are not linked into this test: each one played shows up
-// as its "not found" line.
-static QStringList sound(const char* name)
-{
-    return {QStringLiteral("Error: Sound file %1.m4a not found.").arg(QLatin1String(name))};
-}
+// One press: what, on which playlist and track, playing or not, looping or
+// not; then the track it leaves current, whether music plays and the
+// interface sound heard. Playlists: "Untitled" (empty) at 0, "Three" at 1,
+// "Two" at 2.
+struct Press {
+    QString action;
+    int argument, playlist, track;
+    bool playing, loop;
+    int toTrack;
+    bool playingAfter;
+    QString sound;
+};
+Q_DECLARE_METATYPE(Press)
 
 class TransportTest : public QObject
 {
@@ -21,16 +32,9 @@ class TransportTest : public QObject
     QStringList m_tones;
     std::unique_ptr<PlayerFixture::Rig> m_rig;
 
-    // Playlists "Untitled" (empty) at 0, "Three" (current) at 1, "Two" at 2.
     Config& config() { return m_rig->config; }
     AudioPlayer& player() { return m_rig->player; }
     Transport& transport() { return m_rig->transport; }
-    void checkPlaying(bool playing, int track)
-    {
-        QCOMPARE(player().isPlaying(), playing);
-        if (playing)
-            QCOMPARE(player().currentUrl(), QUrl::fromLocalFile(m_tones.at(track)));
-    }
 
 private slots:
     void initTestCase()
@@ -45,125 +49,153 @@ private slots:
     }
     void cleanup() { m_rig.reset(); }
 
-    void pressesPlayPauseOrSound_data()
+    // Sounds only where a press neither starts nor keeps music playing; a
+    // skip plays only if music was playing; the end of the last track stops
+    // unless the list loops; a new playlist stops the music and is saved.
+    void pressesFollowTheRules_data()
     {
-        QTest::addColumn<bool>("minimise"); // else play/pause
-        QTest::addColumn<int>("playlist");
-        QTest::addColumn<bool>("playsSounds");
-        QTest::addColumn<bool>("playingBefore");
-        QTest::addColumn<QStringList>("printed");
-        QTest::newRow("play") << false << 1 << true << false << QStringList();
-        QTest::newRow("pause is silent") << false << 1 << true << true << QStringList();
-        QTest::newRow("play, empty playlist: click") << false << 0 << true << false << sound("click");
-        QTest::newRow("play, empty playlist, sounds off") << false << 0 << false << false << QStringList();
-        QTest::newRow("minimise while stopped: min") << true << 1 << true << false << sound("min");
-        QTest::newRow("minimise while playing is silent") << true << 1 << true << true << QStringList();
+        QTest::addColumn<Press>("press");
+        QTest::newRow("play") << Press{"play", 0, 1, 1, false, true, 1, true, ""};
+        QTest::newRow("pause is silent") << Press{"play", 0, 1, 1, true, true, 1, false, ""};
+        QTest::newRow("play, empty playlist: click") << Press{"play", 0, 0, 0, false, true, 0, false, "click"};
+        QTest::newRow("minimise while stopped") << Press{"minimise", 0, 1, 1, false, true, 1, false, "min"};
+        QTest::newRow("minimise while playing") << Press{"minimise", 0, 1, 1, true, true, 1, true, ""};
+        QTest::newRow("next while stopped") << Press{"next", 0, 1, 0, false, true, 1, false, "click"};
+        QTest::newRow("next while playing") << Press{"next", 0, 1, 0, true, true, 1, true, ""};
+        QTest::newRow("next past the end, looping") << Press{"next", 0, 1, 2, true, true, 0, true, ""};
+        QTest::newRow("next past the end, no loop") << Press{"next", 0, 1, 2, false, false, 2, false, "click"};
+        QTest::newRow("previous while playing") << Press{"previous", 0, 1, 2, true, false, 1, true, ""};
+        QTest::newRow("previous from the first wraps") << Press{"previous", 0, 1, 0, false, false, 2, false, "click"};
+        QTest::newRow("end, middle") << Press{"end", 0, 1, 0, true, false, 1, true, ""};
+        QTest::newRow("end of the last, no loop") << Press{"end", 0, 1, 2, true, false, 0, false, ""};
+        QTest::newRow("end of the last, looping") << Press{"end", 0, 1, 2, true, true, 0, true, ""};
+        QTest::newRow("end beyond a shrunk list") << Press{"end", 0, 1, 7, true, false, 0, false, ""};
+        QTest::newRow("skin: another playlist") << Press{"skin playlist", 2, 1, 1, true, true, 0, false, "pop"};
+        QTest::newRow("skin: the current playlist") << Press{"skin playlist", 1, 1, 1, true, true, 1, true, ""};
+        QTest::newRow("command: another playlist") << Press{"command playlist", 2, 1, 1, true, true, 0, false, ""};
+        QTest::newRow("skin: the current track again") << Press{"skin track", 1, 1, 1, true, true, 1, true, "pop"};
+        QTest::newRow("skin: a track while stopped") << Press{"skin track", 2, 1, 0, false, true, 2, true, "pop"};
+        QTest::newRow("command: a track while playing") << Press{"command track", 2, 1, 0, true, true, 2, true, ""};
+        QTest::newRow("command: a track while stopped") << Press{"command track", 2, 1, 0, false, true, 2, false, ""};
     }
-    void pressesPlayPauseOrSound()
+    void pressesFollowTheRules()
     {
-        QFETCH(bool, minimise);
-        QFETCH(int, playlist);
-        QFETCH(bool, playsSounds);
-        QFETCH(bool, playingBefore);
-        QFETCH(QStringList, printed);
-        config().setPlaysSounds(playsSounds);
-        config().setCurrentTrackIndex(1);
-        if (playingBefore)
+        QFETCH(Press, press);
+        config().setLoopTracks(press.loop);
+        config().setCurrentPlaylistIndex(press.playlist);
+        config().setCurrentTrackIndex(std::min(press.track, 2));
+        if (press.playing) {
             transport().playPausePressed();
-        config().setCurrentPlaylistIndex(playlist);
-        QCOMPARE(printedBy([&] { minimise ? transport().minimiseToggled() : transport().playPausePressed(); }), printed);
-        checkPlaying(minimise ? playingBefore : playlist != 0 && !playingBefore, 1);
-    }
-
-    // Skips play only if music was playing, else click; the end of a track
-    // advances silently and stops at the end of a list that does not loop.
-    void sequencing_data()
-    {
-        QTest::addColumn<QString>("press");
-        QTest::addColumn<bool>("playing");
-        QTest::addColumn<bool>("loop");
-        QTest::addColumn<int>("from");
-        QTest::addColumn<int>("to");
-        QTest::addColumn<bool>("playingAfter");
-        QTest::newRow("next while stopped") << "next" << false << true << 0 << 1 << false;
-        QTest::newRow("next while playing") << "next" << true << true << 0 << 1 << true;
-        QTest::newRow("next past the end, looping") << "next" << true << true << 2 << 0 << true;
-        QTest::newRow("next past the end, no loop") << "next" << false << false << 2 << 2 << false;
-        QTest::newRow("previous while playing") << "previous" << true << false << 2 << 1 << true;
-        QTest::newRow("previous from the first wraps") << "previous" << false << false << 0 << 2 << false;
-        QTest::newRow("end, middle") << "end" << true << false << 0 << 1 << true;
-        QTest::newRow("end of the last, no loop") << "end" << true << false << 2 << 0 << false;
-        QTest::newRow("end of the last, looping") << "end" << true << true << 2 << 0 << true;
-        QTest::newRow("end beyond a shrunk list") << "end" << true << false << 7 << 0 << false;
-    }
-    void sequencing()
-    {
-        QFETCH(QString, press);
-        QFETCH(bool, playing);
-        QFETCH(bool, loop);
-        QFETCH(int, from);
-        QFETCH(int, to);
-        QFETCH(bool, playingAfter);
-        config().setLoopTracks(loop);
-        config().setCurrentTrackIndex(std::min(from, 2));
-        if (playing)
-            transport().playPausePressed();
-        config().setCurrentTrackIndex(from);
-        const QStringList printed = printedBy([&] {
-            if (press == "end")
-                player().onTrackFinished();
-            else
-                transport().skip(press == "next" ? Transport::Direction::next : Transport::Direction::previous);
-        });
-        QCOMPARE(config().currentTrackIndex(), to);
-        checkPlaying(playingAfter, to);
-        QCOMPARE(printed, press != "end" && !playing ? sound("click") : QStringList());
-        if (press == "end" && !playingAfter)
-            QCOMPARE(player().progress(), 0.0);
-    }
-
-    void choosingAPlaylistStopsAndSaves_data()
-    {
-        QTest::addColumn<bool>("fromSkin");
-        QTest::addColumn<int>("chosen");
-        QTest::addColumn<QStringList>("printed");
-        QTest::newRow("skin, another") << true << 2 << sound("pop");
-        QTest::newRow("skin, the current one") << true << 1 << QStringList();
-        QTest::newRow("command, another") << false << 2 << QStringList();
-    }
-    void choosingAPlaylistStopsAndSaves()
-    {
-        QFETCH(bool, fromSkin);
-        QFETCH(int, chosen);
-        QFETCH(QStringList, printed);
-        const bool changes = chosen != 1;
-        config().setCurrentTrackIndex(1);
-        transport().playPausePressed();
+            player().seek(0.5);
+        }
+        config().setCurrentTrackIndex(press.track);
         QFile::remove(config().settingsFileURL());
-        const auto choose = [&] { fromSkin ? transport().selectPlaylistFromSkin(chosen) : transport().selectPlaylistCommand(chosen); };
-        QCOMPARE(printedBy(choose), printed);
-        QCOMPARE(config().currentPlaylistIndex(), chosen);
-        QCOMPARE(config().lastSelectedPlaylistID(), changes ? chosen : 0);
-        QCOMPARE(config().currentTrackIndex(), changes ? 0 : 1);
-        QCOMPARE(player().isPlaying(), !changes); // the new playlist is not started
-        QCOMPARE(QFile::exists(config().settingsFileURL()), changes);
+        const QString& action = press.action;
+        const QStringList printed = printedBy([&] {
+            using D = Transport::Direction;
+            if (action == "play")
+                transport().playPausePressed();
+            else if (action == "minimise")
+                transport().minimiseToggled();
+            else if (action == "next" || action == "previous")
+                transport().skip(action == "next" ? D::next : D::previous);
+            else if (action == "end")
+                player().onTrackFinished();
+            else if (action == "skin playlist")
+                transport().selectPlaylistFromSkin(press.argument);
+            else if (action == "command playlist")
+                transport().selectPlaylistCommand(press.argument);
+            else
+                action == "skin track" ? transport().selectTrackFromSkin(press.argument)
+                                       : transport().selectTrackCommand(press.argument);
+        });
+        QCOMPARE(printed, press.sound.isEmpty() ? QStringList()
+                                                : QStringList{"Error: Sound file " + press.sound + ".m4a not found."});
+        QCOMPARE(config().currentTrackIndex(), press.toTrack);
+        QCOMPARE(player().isPlaying(), press.playingAfter);
+        if (press.playingAfter)
+            QCOMPARE(player().currentUrl(), QUrl::fromLocalFile(m_tones.at(press.toTrack)));
+        if (action == "end" && !press.playingAfter) {
+            QCOMPARE(player().progress(), 0.0);
+        } else if (press.playingAfter && action != "end") {
+            // Music that goes on keeps its place; a track started, even the same one, starts at the top.
+            const bool goesOn = press.playing && press.toTrack == press.track && !action.endsWith("track");
+            QCOMPARE(player().progress() >= 0.5, goesOn);
+        }
+        const int playlist = action.endsWith("playlist") ? press.argument : press.playlist;
+        QCOMPARE(config().currentPlaylistIndex(), playlist);
+        QCOMPARE(config().lastSelectedPlaylistID(), playlist != press.playlist ? playlist : 0);
+        QCOMPARE(QFile::exists(config().settingsFileURL()), playlist != press.playlist);
+    }
+
+    // The "Player" menu: titles and check marks follow the player and the
+    // store, and its keys work in any window of ours.
+    void commandMenuFollowsTheStateAndItsKeysWorkEverywhere()
+    {
+        CommandMenu commands(config(), player(), transport());
+        QMenu* menu = commands.menu();
+        const auto titles = [](QMenu* shown) {
+            QStringList texts;
+            for (QAction* action : shown->actions()) {
+                if (action->isVisible())
+                    texts.append(action->text() + (action->isChecked() ? " ✓" : ""));
+            }
+            return texts;
+        };
+        QCOMPARE(titles(menu), (QStringList{"Play", "Loop tracks ✓", "Shuffle tracks", "", "Volume Up",
+                                            "Volume Down", "", "Playlists", "Tracks", "", "Settings…", "Quit"}));
+        QWidget window, other;
+        commands.addShortcutsTo(&window);
+        window.show();
+        other.show();
+        QApplication::setActiveWindow(&other);
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+        QSignalSpy settingsRequested(&commands, &CommandMenu::settingsRequested);
+        QTest::keyClick(&other, Qt::Key_Space);
+        player().setVolume(0.5f);
+        for (const Qt::Key key : {Qt::Key_L, Qt::Key_S, Qt::Key_Equal, Qt::Key_Plus, Qt::Key_Minus, Qt::Key_Comma})
+            QTest::keyClick(&other, key, Qt::ControlModifier);
+        QCOMPARE(titles(menu).mid(0, 3), (QStringList{"Pause", "Loop tracks", "Shuffle tracks ✓"}));
+        QVERIFY(TestFiles::storedSettings().shuffleTracks && !TestFiles::storedSettings().loopTracks);
+        // A key toggles its own mark; a change made elsewhere must reach the marks too.
+        config().setShuffleTracks(false);
+        config().setLoopTracks(true);
+        QCOMPARE(titles(menu).mid(1, 2), (QStringList{"Loop tracks ✓", "Shuffle tracks"}));
+        QCOMPARE(settingsRequested.count(), 1);
+        // Volume steps of a tenth, held at 0.
+        QVERIFY(qAbs(player().volume() - 0.6f) < 1e-4f);
+        player().setVolume(0.05f);
+        QTest::keyClick(&other, Qt::Key_Minus, Qt::ControlModifier);
+        QCOMPARE(player().volume(), 0.0f);
+
+        QMenu* playlists = menu->actions().at(7)->menu();
+        QMenu* tracks = menu->actions().at(8)->menu();
+        tracks->actions().at(2)->trigger();
+        QTRY_COMPARE(titles(tracks), (QStringList{"Tone 1", "Tone 2", "Tone 3 ✓"}));
+        playlists->actions().at(0)->trigger();
+        QTRY_COMPARE(titles(playlists), (QStringList{"Untitled ✓", "Three", "Two"}));
+        // "Tracks" only while the current playlist reads; the reason it cannot is printed.
+        QVERIFY(TestFiles::writeFile(config().playlistFileURL(m_rig->three), "{\"tracks\" : 3}"));
+        config().setCurrentPlaylistIndex(1);
+        QCOMPARE(printedBy([&] { emit menu->aboutToShow(); }).size(), 1);
+        QCOMPARE(titles(menu).mid(7, 2), (QStringList{"Playlists", ""}));
     }
 
     void failuresArePrintedAndPlayNothing()
     {
-        config().writePlaylistTracks(m_rig->two, {PlayerFixture::trackOf(m_toneFolder.path() + "/gone.wav", 1)});
-        config().setCurrentPlaylistIndex(2);
+        const QUuid gone = PlayerFixture::addPlaylist(config(), "Gone", {m_toneFolder.path() + "/gone.wav"});
+        config().setCurrentPlaylistIndex(3);
         QCOMPARE(printedBy([&] { transport().playPausePressed(); }), QStringList{"File does not exist"});
         QVERIFY(!player().isPlaying());
         // A playlist file that does not decode: its reason, no click.
-        QFile broken(config().playlistFileURL(m_rig->two));
+        QFile broken(config().playlistFileURL(gone));
         QVERIFY(broken.open(QIODevice::WriteOnly | QIODevice::Truncate) && broken.write("{ not json") > 0);
         broken.close();
         const QStringList undecodable = printedBy([&] { transport().playPausePressed(); });
-        QVERIFY2(undecodable.size() == 1 && undecodable != sound("click"), qPrintable(undecodable.join('|')));
+        QVERIFY2(undecodable.size() == 1 && !undecodable.first().startsWith("Error: Sound"), qPrintable(undecodable.join('|')));
         QVERIFY(!player().isPlaying());
     }
 };
 
-PLINK_TEST_MAIN_WITH(QGuiApplication, TransportTest)
+PLINK_TEST_MAIN_WITH(QApplication, TransportTest)
 #include "test_transport.moc"

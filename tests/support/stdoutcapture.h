@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QString>
 #include <QStringList>
 
 // Captures what the program prints on standard output while it is alive, so
@@ -10,8 +9,7 @@ class StdoutCapture
 public:
     StdoutCapture();
     ~StdoutCapture();
-    StdoutCapture(const StdoutCapture&) = delete;
-    StdoutCapture& operator=(const StdoutCapture&) = delete;
+    Q_DISABLE_COPY(StdoutCapture)
 
     QString text();
     QStringList lines(); // without the trailing empty line
