@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusVariant>
 #include <QDBusMessage>
 #include <QProcess>
 #include <QSignalSpy>
@@ -49,7 +50,9 @@ private slots:
         PlayerFixture::Rig rig(PlayerFixture::makeTones(folder.path(), 3, 6));
         rig.config.setPlaysSounds(false);
         int raised = 0;
-        MprisService service(rig.config, rig.player, rig.transport, [&] { ++raised; });
+        QList<QUrl> opened;
+        MprisService service(rig.config, rig.player, rig.transport, [&] { ++raised; },
+                             [&](const QList<QUrl>& urls) { opened += urls; });
         QVERIFY(service.registerOnSessionBus());
         // A second connection listens as a desktop's media applet would.
         QDBusConnection listener = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("listener"));
@@ -97,13 +100,29 @@ private slots:
         playerctl("shuffle Off");
         QTRY_VERIFY(storedSettings().loopTracks && !storedSettings().shuffleTracks);
 
-        // The editor rewrote the playlist: another track may now stand at the current place.
+        // Another program cut the playlist short under the current track: the
+        // controls show what the skin shows, no track.
         QTest::qWait(300);
         m_announced.clear();
-        QList<Track> tracks = *rig.config.readPlaylistTracks(rig.three);
-        std::rotate(tracks.begin(), tracks.begin() + 1, tracks.end());
-        rig.config.writePlaylistTracks(rig.three, tracks);
+        const QString file = rig.config.playlistFileURL(rig.three);
+        QByteArray bytes = TestFiles::readFile(file);
+        bytes.truncate(bytes.indexOf("}") + 1);
+        QVERIFY(TestFiles::writeFile(file, bytes + "\n  ]\n}"));
+        QCOMPARE(rig.config.readPlaylistTracks(rig.three)->size(), 1);
         QTRY_VERIFY(m_announced.contains(QStringLiteral("Metadata")));
+        QVERIFY(playerctl("metadata mpris:trackid").contains(QStringLiteral("NoTrack")));
+
+        // A file opened from the controls goes where a file on the command line goes.
+        playerctl("open file:///music/a%20b.flac");
+        QTRY_COMPARE(opened, QList<QUrl>{QUrl::fromLocalFile("/music/a b.flac")});
+        QDBusMessage get = QDBusMessage::createMethodCall(QString::fromLatin1(MprisService::serviceName),
+                                                          QString::fromLatin1(MprisService::objectPath),
+                                                          "org.freedesktop.DBus.Properties", "Get");
+        get << "org.mpris.MediaPlayer2" << "SupportedMimeTypes";
+        const QStringList types = QDBusConnection::sessionBus().call(get).arguments().value(0).value<QDBusVariant>().variant().toStringList();
+        const QByteArray entry = TestFiles::readFile(PLINK_DESKTOP_ENTRY);
+        const qsizetype at = entry.indexOf("MimeType=") + 9;
+        QCOMPARE(types.join(';') + ';', QString::fromUtf8(entry.mid(at, entry.indexOf('\n', at) - at)));
 
         QDBusConnection::sessionBus().send(QDBusMessage::createMethodCall(
             QString::fromLatin1(MprisService::serviceName), QString::fromLatin1(MprisService::objectPath),
