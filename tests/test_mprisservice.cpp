@@ -93,6 +93,7 @@ private slots:
         // Loop and shuffle are saved as the menu commands save them; there is only the playlist loop.
         QCOMPARE(playerctl("loop"), QStringLiteral("Playlist"));
         playerctl("loop None");
+        m_announced.clear(); // the first announcement held every property
         playerctl("shuffle On");
         QTRY_VERIFY(!storedSettings().loopTracks && storedSettings().shuffleTracks);
         QTRY_VERIFY(m_announced.contains(QStringLiteral("Shuffle")));
