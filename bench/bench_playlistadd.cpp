@@ -3,8 +3,8 @@
 // kept from its events meanwhile, and how many times the playlist file was
 // written (once is right). Runs on the offscreen platform in a private HOME.
 //   build/bench/bench_playlistadd
+#include "filewrites.h"
 #include "settings/playlistsettingsview.h"
-#include "settingsfixtures.h"
 #include "store/config.h"
 #include "store/jsonreader.h"
 #include "support/testenvironment.h"

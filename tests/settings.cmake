@@ -1,2 +1,1 @@
-plink_add_test(test_settingsview SOURCES test_settingsview.cpp settingsfixtures.h settingsfixtures.cpp
-    LIBS plinkapp plinkart)
+plink_add_test(test_settingsview SOURCES test_settingsview.cpp LIBS plinkapp plinkart)

@@ -5,8 +5,8 @@
 #include "settings/playlistsettingsview.h"
 #include "settings/settingsview.h"
 #include "settings/tracktable.h"
-#include "settingsfixtures.h"
 #include "store/config.h"
+#include "support/audiofixtures.h"
 #include "support/stdoutcapture.h"
 #include "support/testenvironment.h"
 #include "support/testfiles.h"
@@ -27,7 +27,6 @@
 #include <QTimer>
 #include <QToolButton>
 
-using namespace SettingsFixtures;
 using TestFiles::settingsPath;
 using TestFiles::storedSettings;
 
@@ -45,6 +44,15 @@ const struct {
     {"loopTracksSwitch", "Loop tracks", &SettingsData::loopTracks, &Config::setLoopTracks},
     {"shuffleTracksSwitch", "Shuffle tracks", &SettingsData::shuffleTracks, &Config::setShuffleTracks},
 };
+
+// A short MP3, tagged when given a title.
+bool makeMp3(const QString& path, const QString& title = {}, const QString& artist = {})
+{
+    AudioFixtures::Tone tone(0.1);
+    tone.title = title;
+    tone.artist = artist;
+    return AudioFixtures::makeTone(path, tone);
+}
 
 Track track(const QString& name)
 {
@@ -237,6 +245,10 @@ private slots:
         QVERIFY(!QFile::exists(settingsPath()));
         config.setCurrentPlaylistIndex(0);
         QCOMPARE(names(view.tracks()), QStringList{"r1"});
+        // Its file replaced by another program: the new contents show.
+        const QString road = config.playlistFileURL(catalogue.at(0).id);
+        QVERIFY(QFile::remove(road) && QFile::copy(config.playlistFileURL(catalogue.at(1).id), road));
+        QTRY_COMPARE(names(view.tracks()), (QStringList{"h1", "h2"}));
 
         // A new playlist is selected with its name ready to be typed over; Return saves the name.
         QTest::mouseClick(view.findChild<QAbstractButton*>("newPlaylistButton"), Qt::LeftButton);
@@ -245,6 +257,11 @@ private slots:
         QTest::keyClicks(nameField, QStringLiteral("Morning"));
         QTest::keyClick(nameField, Qt::Key_Return);
         QVERIFY(storedSettings().playlists.contains(Playlist{created.id, QStringLiteral("Morning")}));
+        // A blank name is not taken: the old one comes back.
+        nameField->selectAll();
+        QTest::keyClicks(nameField, QStringLiteral("   "));
+        QTest::keyClick(nameField, Qt::Key_Return);
+        QCOMPARE(nameField->text(), QStringLiteral("Morning"));
         QCOMPARE(picker->currentText(), QStringLiteral("Morning"));
 
         // The first press only asks, the second deletes.
@@ -260,7 +277,7 @@ private slots:
         // Deleted elsewhere while the player's index points past the end: the first is shown.
         config.setCurrentPlaylistIndex(2);
         config.deletePlaylist(catalogue.at(2).id);
-        QCOMPARE(names(view.tracks()), QStringList{"r1"});
+        QCOMPARE(names(view.tracks()), (QStringList{"h1", "h2"}));
         config.setPlaylists({});
         QVERIFY(!view.selectedPlaylistID());
         QVERIFY(!view.findChild<QAbstractButton*>("addTracksButton")->isEnabled());
@@ -344,10 +361,10 @@ private slots:
         QVERIFY(!QFile::exists(config.playlistFileURL(broken) + ".broken-2"));
     }
 
-    void rowsDraggedOverTheTableReorderAndSaveOnceThenTrash()
+    void rowsDraggedOverTheTableReorderAndSaveOnceThenAreRemoved()
     {
         Config config;
-        const QUuid id = makeCatalogue(config, {"Mix"}, {{"T1", "T2", "T3"}}).first().id;
+        const QUuid id = makeCatalogue(config, {"Mix"}, {{"T1", "T2", "T3", "T4"}}).first().id;
         PlaylistSettingsView view(config);
         view.resize(400, 400);
         view.show();
@@ -355,30 +372,49 @@ private slots:
         auto* table = view.findChild<TrackTable*>("trackTable");
         QWidget* viewport = table->viewport();
         const auto rowCentre = [&](int row) { return table->visualRect(table->model()->index(row, 0)).center(); };
+        const auto stored = [&] { return names(config.readPlaylistTracks(id).value()); };
         QSignalSpy writes(&config, &Config::playlistTracksWritten);
 
-        // Pulling the first row starts a drag; this platform has no drag loop, so
-        // the drag's path over the rows is sent as the events the table would get.
-        const QPoint start = rowCentre(0);
-        const QPoint pulled = start + QPoint(2 * QApplication::startDragDistance() + 10, 0);
-        QTest::mousePress(viewport, Qt::LeftButton, {}, start);
-        QTest::mouseMove(viewport, start + QPoint(QApplication::startDragDistance() + 5, 0));
-        QTest::mouseMove(viewport, pulled);
-        QTest::mouseRelease(viewport, Qt::LeftButton, {}, pulled);
+        // Pulling a row starts a drag. This platform has no drag loop: the drag
+        // ends at once, undropped, and its path over the rows is sent after it
+        // as the events the table would get.
+        const auto pull = [&](int row) {
+            const QPoint start = rowCentre(row), pulled = start + QPoint(2 * QApplication::startDragDistance() + 10, 0);
+            QTest::mousePress(viewport, Qt::LeftButton, {}, start);
+            QTest::mouseMove(viewport, start + QPoint(QApplication::startDragDistance() + 5, 0));
+            QTest::mouseMove(viewport, pulled);
+            QTest::mouseRelease(viewport, Qt::LeftButton, {}, pulled);
+        };
         QMimeData payload;
         payload.setText(QStringLiteral("row"));
-        QVERIFY(sendDragEvent<QDragEnterEvent>(viewport, start, payload));
-        for (const int row : {0, 1, 1, 2})
-            QVERIFY(sendDragEvent<QDragMoveEvent>(viewport, rowCentre(row), payload));
+        const auto pass = [&](const QList<int>& rows) {
+            QVERIFY(sendDragEvent<QDragEnterEvent>(viewport, rowCentre(rows.first()), payload));
+            for (const int row : rows)
+                QVERIFY(sendDragEvent<QDragMoveEvent>(viewport, rowCentre(row), payload));
+        };
+        pull(0);
+        pass({0, 1, 1, 2});
         QVERIFY(sendDragEvent<QDropEvent>(viewport, rowCentre(2), payload));
-        QCOMPARE(names(config.readPlaylistTracks(id).value()), (QStringList{"T2", "T3", "T1"}));
+        QCOMPARE(stored(), (QStringList{"T2", "T3", "T1", "T4"}));
         QCOMPARE(writes.count(), 1);
+        // Rows moved by a drag that ends outside the table go back to the saved order.
+        pull(0);
+        pass({0, 1});
+        QCOMPARE(names(view.tracks()), (QStringList{"T3", "T2", "T1", "T4"}));
+        pull(3);
+        QCOMPARE(names(view.tracks()), stored());
 
-        // The trash button removes the selected rows.
+        // Delete, Backspace and the trash button remove the selected rows.
         QTest::mouseClick(viewport, Qt::LeftButton, {}, rowCentre(0));
         QTest::mouseClick(viewport, Qt::LeftButton, Qt::ControlModifier, rowCentre(2));
+        QTest::keyClick(table, Qt::Key_Delete);
+        QCOMPARE(stored(), (QStringList{"T3", "T4"}));
+        QTest::mouseClick(viewport, Qt::LeftButton, {}, rowCentre(1));
+        QTest::keyClick(table, Qt::Key_Backspace);
+        QCOMPARE(stored(), QStringList{"T3"});
+        QTest::mouseClick(viewport, Qt::LeftButton, {}, rowCentre(0));
         QTest::mouseClick(view.findChild<QAbstractButton*>("removeTracksButton"), Qt::LeftButton);
-        QCOMPARE(names(config.readPlaylistTracks(id).value()), QStringList{"T3"});
+        QVERIFY(stored().isEmpty());
     }
 
     // The player window 269 × 96 on a 1280 × 800 screen, the settings frame 648 × 672.

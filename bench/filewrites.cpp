@@ -1,4 +1,4 @@
-#include "settingsfixtures.h"
+#include "filewrites.h"
 
 #include <QFile>
 #include <QProcess>

@@ -3,7 +3,7 @@
 #include <QHash>
 #include <QString>
 
-// Fixtures shared by the settings window's tests and the playlist benchmark.
+// What the playlist benchmark makes and counts.
 namespace SettingsFixtures {
 
 // A tenth of a second of silence as an MP3 made with ffmpeg; title and artist
