@@ -6,11 +6,7 @@
 
 int main(int argc, char* argv[])
 {
-    // A Wayland client may not place its window, keep it above others or snap
-    // it, which a floating player lives by: go through XWayland unless the
-    // user chose a platform (QT_QPA_PLATFORM=wayland opts out).
-    if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY") && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
+    AppDelegate::choosePlatform();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("plinkBox"));
     QGuiApplication::setDesktopFileName(QStringLiteral("plinkbox"));

@@ -62,7 +62,8 @@ private slots:
     // Saved enlarged and floating, it starts 1.5 times larger and above other
     // windows; a click on play is heard and Space silences it; dragged by its
     // background near the corner, it snaps there; a second launch exits at
-    // once, saying so, and raises the minimised first; Ctrl+Q quits.
+    // once, saying so, and raises the minimised first, or plays the file it
+    // was given; Ctrl+Q quits.
     void aWholeSession()
     {
         if (MonitorRecorder::source().isEmpty() || qEnvironmentVariableIsEmpty("DISPLAY")
@@ -124,6 +125,14 @@ private slots:
         QCOMPARE(QString::fromUtf8(second.readAllStandardOutput()),
                  QStringLiteral("plinkBox is already running; its window was brought forward.\n"));
         QTRY_VERIFY(windowState().contains(QLatin1String("Normal")));
+        // A file given to a second launch is played by the first.
+        const double handed = ear.seconds();
+        second.start(QStringLiteral(PLINK_EXECUTABLE), {tones.at(1)});
+        QVERIFY(second.waitForFinished(10000));
+        QCOMPARE(QString::fromUtf8(second.readAllStandardOutput()),
+                 QStringLiteral("plinkBox is already running; the files were handed to it.\n"));
+        QTest::qWait(2500);
+        QVERIFY2(ear.level(handed + 1, handed + 2.5) > 0.05, "no sound from the file handed over");
 
         xdotool({"windowactivate", "--sync", m_window});
         xdotool({"key", "ctrl+q"});

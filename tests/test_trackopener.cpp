@@ -1,3 +1,4 @@
+#include "app/appdelegate.h"
 #include "app/trackopener.h"
 #include "playback/audioplayer.h"
 #include "player/transport.h"
@@ -30,6 +31,26 @@ private slots:
         QFETCH(QString, argument);
         QFETCH(QUrl, expected);
         QCOMPARE(TrackOpener::fromArgument(argument), expected);
+    }
+
+    // A Wayland session goes through XWayland, unless a platform was chosen.
+    void platformOfTheSession()
+    {
+        const QByteArray chosen = qgetenv("QT_QPA_PLATFORM");
+        const auto platformWith = [](const char* waylandDisplay, const char* platform) {
+            qputenv("WAYLAND_DISPLAY", waylandDisplay);
+            if (!*waylandDisplay)
+                qunsetenv("WAYLAND_DISPLAY");
+            qputenv("QT_QPA_PLATFORM", platform);
+            if (!*platform)
+                qunsetenv("QT_QPA_PLATFORM");
+            AppDelegate::choosePlatform();
+            return qgetenv("QT_QPA_PLATFORM");
+        };
+        QCOMPARE(platformWith("wayland-0", ""), "xcb;wayland");
+        QCOMPARE(platformWith("wayland-0", "wayland"), "wayland");
+        QCOMPARE(platformWith("", ""), "");
+        qputenv("QT_QPA_PLATFORM", chosen);
     }
 
     // Files join the current playlist in one write, and the first of them plays.

@@ -19,6 +19,15 @@
 #include <QTimer>
 #include <QWindow>
 
+void AppDelegate::choosePlatform()
+{
+    // A Wayland client may not place its window, keep it above others or snap
+    // it, which a floating player lives by: go through XWayland unless the
+    // user chose a platform (QT_QPA_PLATFORM=wayland opts out).
+    if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY") && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
+}
+
 AppDelegate::AppDelegate(QObject* parent)
     : QObject(parent)
     , m_config(std::make_unique<Config>())

@@ -28,6 +28,9 @@ public:
     explicit AppDelegate(QObject* parent = nullptr);
     ~AppDelegate() override;
 
+    // Sets Qt's platform for this session; call before the application exists.
+    static void choosePlatform();
+
     Config& config() const { return *m_config; }
     AudioPlayer& audioPlayer() const { return *m_audioPlayer; }
     Transport& transport() const { return *m_transport; }
