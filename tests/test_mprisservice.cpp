@@ -6,7 +6,7 @@
 #include <QApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusVariant>
+#include <QDBusInterface>
 #include <QDBusMessage>
 #include <QProcess>
 #include <QSignalSpy>
@@ -116,11 +116,9 @@ private slots:
         // A file opened from the controls goes where a file on the command line goes.
         playerctl("open file:///music/a%20b.flac");
         QTRY_COMPARE(opened, QList<QUrl>{QUrl::fromLocalFile("/music/a b.flac")});
-        QDBusMessage get = QDBusMessage::createMethodCall(QString::fromLatin1(MprisService::serviceName),
-                                                          QString::fromLatin1(MprisService::objectPath),
-                                                          "org.freedesktop.DBus.Properties", "Get");
-        get << "org.mpris.MediaPlayer2" << "SupportedMimeTypes";
-        const QStringList types = QDBusConnection::sessionBus().call(get).arguments().value(0).value<QDBusVariant>().variant().toStringList();
+        QDBusInterface root(QString::fromLatin1(MprisService::serviceName), QString::fromLatin1(MprisService::objectPath),
+                            QStringLiteral("org.mpris.MediaPlayer2"));
+        const QStringList types = root.property("SupportedMimeTypes").toStringList();
         const QByteArray entry = TestFiles::readFile(PLINK_DESKTOP_ENTRY);
         const qsizetype at = entry.indexOf("MimeType=") + 9;
         QCOMPARE(types.join(';') + ';', QString::fromUtf8(entry.mid(at, entry.indexOf('\n', at) - at)));

@@ -188,9 +188,7 @@ private slots:
         QCOMPARE(printedBy([&] { transport().playPausePressed(); }), QStringList{"File does not exist"});
         QVERIFY(!player().isPlaying());
         // A playlist file that does not decode: its reason, no click.
-        QFile broken(config().playlistFileURL(gone));
-        QVERIFY(broken.open(QIODevice::WriteOnly | QIODevice::Truncate) && broken.write("{ not json") > 0);
-        broken.close();
+        QVERIFY(TestFiles::writeFile(config().playlistFileURL(gone), "{ not json"));
         const QStringList undecodable = printedBy([&] { transport().playPausePressed(); });
         QVERIFY2(undecodable.size() == 1 && !undecodable.first().startsWith("Error: Sound"), qPrintable(undecodable.join('|')));
         QVERIFY(!player().isPlaying());
