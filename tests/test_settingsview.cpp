@@ -143,18 +143,40 @@ private slots:
         QVERIFY(!QFile::exists(settingsPath()));
     }
 
-    // Choosing a theme saves the settings, then reads its layout; choosing
-    // the current one again does nothing.
-    void themeChoiceSavesThenLoadsUnlessAlreadyCurrent()
+    // Our own icons show without an icon theme that has them. Space plays or
+    // pauses, except where the focused control uses it. Choosing a theme
+    // saves the settings, then reads its layout; the current one again does nothing.
+    void windowIconsSpaceAndThemeChoice()
     {
+        QIcon::setThemeName(QStringLiteral("no-such-theme"));
         Config config;
+        AudioPlayer player;
+        Transport transport(config, player);
+        CommandMenu commands(config, player, transport);
         SettingsView window(config);
+        commands.addShortcutsTo(&window);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         QCOMPARE(window.windowTitle(), QStringLiteral("Settings"));
         QCOMPARE(window.size(), QSize(640, 640));
         auto* tabs = window.findChild<QTabWidget*>();
         QCOMPARE((QStringList{tabs->tabText(0), tabs->tabText(1)}), (QStringList{"General", "Playlists"}));
+        const auto drawn = [](const QIcon& icon, const char* name) {
+            const QImage ours(QStringLiteral(":/icons/ui/%1-32.png").arg(QLatin1String(name)));
+            return !ours.isNull() && icon.pixmap(32).toImage().convertToFormat(ours.format()) == ours;
+        };
+        QVERIFY(drawn(tabs->tabIcon(0), "preferences-system") && drawn(tabs->tabIcon(1), "view-media-playlist"));
+        QVERIFY(drawn(window.findChild<QToolButton*>(QStringLiteral("removeTracksButton"))->icon(), "user-trash"));
+
+        QSignalSpy playPause(commands.menu()->actions().first(), &QAction::triggered);
+        auto* box = window.findChild<QCheckBox*>(QStringLiteral("loopTracksSwitch"));
+        box->setFocus();
+        QTest::keyClick(box, Qt::Key_Space);
+        QVERIFY(!config.loopTracks() && playPause.isEmpty());
+        tabs->setFocus();
+        QTest::keyClick(tabs, Qt::Key_Space);
+        QCOMPARE(playPause.count(), 1);
+
         auto* picker = window.findChild<QComboBox*>("themePicker");
         const auto choose = [&](int row) { // as a user picks: open the list, move to the entry, press Return
             picker->showPopup();
@@ -436,45 +458,6 @@ private slots:
         QFETCH(QRect, expected);
         QCOMPARE(SettingsView::placeBeside(player, QSize(648, 672), QSize(420, 300), QRect(0, 0, 1280, 800)),
                  expected);
-    }
-
-    // Space plays or pauses, except where the focused control uses it.
-    void spaceGoesToTheFocusedControl()
-    {
-        Config config;
-        AudioPlayer player;
-        Transport transport(config, player);
-        CommandMenu commands(config, player, transport);
-        SettingsView window(config);
-        commands.addShortcutsTo(&window);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QSignalSpy playPause(commands.menu()->actions().first(), &QAction::triggered);
-        auto* box = window.findChild<QCheckBox*>(QStringLiteral("loopTracksSwitch"));
-        box->setFocus();
-        QTest::keyClick(box, Qt::Key_Space);
-        QCOMPARE(config.loopTracks(), false);
-        QCOMPARE(playPause.count(), 0);
-        auto* tabs = window.findChild<QTabWidget*>();
-        tabs->setFocus();
-        QTest::keyClick(tabs, Qt::Key_Space);
-        QCOMPARE(playPause.count(), 1);
-    }
-
-    // Without an icon theme that has them, our own drawings show.
-    void iconsWithoutAnIconTheme()
-    {
-        QIcon::setThemeName(QStringLiteral("no-such-theme"));
-        Config config;
-        SettingsView window(config);
-        const auto same = [](const QIcon& icon, const char* name) {
-            const QImage drawn(QStringLiteral(":/icons/ui/%1-32.png").arg(QLatin1String(name)));
-            return !drawn.isNull() && icon.pixmap(32).toImage().convertToFormat(drawn.format()) == drawn;
-        };
-        auto* tabs = window.findChild<QTabWidget*>();
-        QVERIFY(same(tabs->tabIcon(0), "preferences-system"));
-        QVERIFY(same(tabs->tabIcon(1), "view-media-playlist"));
-        QVERIFY(same(window.findChild<QToolButton*>(QStringLiteral("removeTracksButton"))->icon(), "user-trash"));
     }
 };
 
