@@ -19,6 +19,7 @@
 #include <QComboBox>
 #include <QDragEnterEvent>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
@@ -167,6 +168,8 @@ private slots:
         };
         QVERIFY(drawn(tabs->tabIcon(0), "preferences-system") && drawn(tabs->tabIcon(1), "view-media-playlist"));
         QVERIFY(drawn(window.findChild<QToolButton*>(QStringLiteral("removeTracksButton"))->icon(), "user-trash"));
+        const auto* note = window.findChild<QLabel*>(QStringLiteral("floatingWindowNote"));
+        QVERIFY(note && note->isVisible() && note->text() == "Takes effect the next time plinkBox starts.");
 
         QSignalSpy playPause(commands.menu()->actions().first(), &QAction::triggered);
         auto* box = window.findChild<QCheckBox*>(QStringLiteral("loopTracksSwitch"));
