@@ -41,10 +41,10 @@ class PlayerWindowEndToEndTest : public QObject
     QProcess m_program;
     QString m_window;
 
-    QRect windowGeometry()
+    QRect windowGeometry(const QString& window = {})
     {
         QHash<QString, int> values;
-        for (const QString& line : xdotool({"getwindowgeometry", "--shell", m_window}).split(u'\n'))
+        for (const QString& line : xdotool({"getwindowgeometry", "--shell", window.isEmpty() ? m_window : window}).split(u'\n'))
             values.insert(line.section(u'=', 0, 0), line.section(u'=', 1).toInt());
         return QRect(values.value("X"), values.value("Y"), values.value("WIDTH"), values.value("HEIGHT"));
     }
@@ -61,9 +61,9 @@ private slots:
 
     // Saved enlarged and floating, it starts 1.5 times larger and above other
     // windows; a click on play is heard and Space silences it; dragged by its
-    // background near the corner, it snaps there; a second launch exits at
-    // once, saying so, and raises the minimised first, or plays the file it
-    // was given; Ctrl+Q quits.
+    // background near the corner, it snaps there, and its settings open beside
+    // it; a second launch exits at once, saying so, and raises the minimised
+    // first, or plays the file it was given; Ctrl+Q quits.
     void aWholeSession()
     {
         if (MonitorRecorder::source().isEmpty() || qEnvironmentVariableIsEmpty("DISPLAY")
@@ -114,6 +114,11 @@ private slots:
         }
         xdotool({"mouseup", "1"});
         QTRY_COMPARE(windowGeometry().topLeft(), QPoint(0, 0));
+        // The settings window opens where the player does not cover it.
+        xdotool({"key", "ctrl+comma"});
+        QString settings;
+        QVERIFY(QTest::qWaitFor([&] { return !(settings = xdotool({"search", "--onlyvisible", "--name", "^Settings$"})).isEmpty(); }, 5000));
+        QVERIFY(!windowGeometry(settings).intersects(windowGeometry()));
 
         xdotool({"windowminimize", "--sync", m_window});
         QTRY_VERIFY(windowState().contains(QLatin1String("Iconic")));
