@@ -114,11 +114,12 @@ private slots:
         }
         xdotool({"mouseup", "1"});
         QTRY_COMPARE(windowGeometry().topLeft(), QPoint(0, 0));
-        // The settings window opens where the player does not cover it.
+        // The settings window opens beside the player.
         xdotool({"key", "ctrl+comma"});
         QString settings;
         QVERIFY(QTest::qWaitFor([&] { return !(settings = xdotool({"search", "--onlyvisible", "--name", "^Settings$"})).isEmpty(); }, 5000));
-        QVERIFY(!windowGeometry(settings).intersects(windowGeometry()));
+        const int gap = windowGeometry(settings).left() - windowGeometry().right();
+        QVERIFY2(gap > 0 && gap < 40, qPrintable(QString::number(gap))); // beside it, not merely clear of it
 
         xdotool({"windowminimize", "--sync", m_window});
         QTRY_VERIFY(windowState().contains(QLatin1String("Iconic")));
