@@ -19,11 +19,6 @@ QImage shipped(const QString& prefix, const QString& theme, const QString& pictu
     return QImage(QString(":/%1/%2-%3@2x.png").arg(prefix, theme, picture));
 }
 
-int luminance(QRgb pixel)
-{
-    return (qRed(pixel) * 299 + qGreen(pixel) * 587 + qBlue(pixel) * 114) / 1000;
-}
-
 } // namespace
 
 class ArtTest : public QObject
@@ -61,7 +56,7 @@ private slots:
         for (int y = 0; y < image.height(); ++y) {
             for (int x = 0; x < image.width(); ++x) {
                 const QRgb a = unlit.pixel(x, y), b = image.pixel(x, y);
-                lit += qAbs(luminance(a) - luminance(b)) > 24 || qAbs(qBlue(a) - qBlue(b)) > 48;
+                lit += qAbs(qGray(a) - qGray(b)) > 24 || qAbs(qBlue(a) - qBlue(b)) > 48;
                 opaque += qAlpha(b) == 255;
                 // The knob is hard pixel art in 2 × 2 blocks, so that 1.5 times larger gives even blocks.
                 if (picture == "track-scrubber" && ((qAlpha(b) % 255) || b != image.pixel(x & ~1, y & ~1)))
@@ -98,16 +93,15 @@ private slots:
             dark << QPointF(l.trackNamePosX + dx * l.trackTextWidth, l.trackNamePosY)
                  << QPointF(l.trackArtistPosX + dx * l.trackTextWidth, l.trackArtistPosY);
         for (const QPointF point : solid + dark)
-            QVERIFY2(qAlpha(pixel(point)) == 255 && (!dark.contains(point) || luminance(pixel(point)) < 60),
+            QVERIFY2(qAlpha(pixel(point)) == 255 && (!dark.contains(point) || qGray(pixel(point)) < 60),
                      qPrintable(QString("ground at %1,%2").arg(point.x()).arg(point.y())));
         QCOMPARE(qAlpha(image.pixel(0, 0)), 0);
     }
 
     void iconIsTheApprovedDrawing()
     {
-        // After a deliberate redraw, copy build-dir/resources/icons/plinkbox.png
-        // over tests/data/icon-256.png. Antialiased edges may round one level
-        // apart on another CPU.
+        // A deliberate redraw is approved by copying build-dir/resources/icons/plinkbox.png
+        // over tests/data/icon-256.png. Edges may round one level apart on another CPU.
         const QImage icon = QImage(":/icons/plinkbox.png").convertToFormat(QImage::Format_ARGB32);
         const QImage installed = QImage(PLINK_APPROVED_ICON).convertToFormat(QImage::Format_ARGB32);
         QVERIFY(icon.size() == QSize(256, 256) && installed.size() == icon.size());

@@ -12,7 +12,6 @@
 #include <QProcess>
 #include <QSignalSpy>
 
-#include <cmath>
 #include <unistd.h>
 
 using namespace TestFiles;
@@ -31,7 +30,6 @@ QString playlistsFolder()
 {
     return TestEnvironment::documents() + "/plinkBox-1/Playlists";
 }
-
 
 // One change to a data file, and whether the result still decodes.
 struct Edit {
@@ -67,7 +65,6 @@ private slots:
         QCOMPARE(toJson(defaults), dataFile("settings-defaults.json"));
         QCOMPARE(toJson(unsorted), dataFile("settings-no-selection.json"));
         QCOMPARE(toJson(twoTracks), dataFile("playlist-two-tracks.json"));
-        QCOMPARE(toJson(PlaylistData{}), emptyPlaylist);
         for (const QString& family : themeFamilyNames())
             QCOMPARE(toJson(familyLayout(*familyOfTheme(family + "-lime"))), dataFile("theme-" + family + ".json"));
         QCOMPARE(settingsDataFromJson(dataFile("settings-no-selection.json")).value, unsorted);
@@ -77,13 +74,11 @@ private slots:
                                                        {1e20, "100000000000000000000"}, {1e21, "1e+21"}, {-1e-300, "-1e-300"}};
         for (const auto& [number, text] : numbers)
             QCOMPARE(jsonNumber(number), QByteArray(text));
-        // Half a surrogate pair (a JSON escape, broken UTF-16 in a tag) would be written
-        // as '?': it becomes U+FFFD where the text comes in. Whole pairs stay.
+        // Half a surrogate pair (from a JSON escape or a tag) could not be written: it becomes U+FFFD.
         const QString bad(QChar::ReplacementCharacter);
         const auto read = playlistDataFromJson(dataFile("playlist-two-tracks.json").replace("AC\\/DC", "\\udfb5\\ud83c\\udfb5\\ud83c"));
         QCOMPARE(read.value->tracks.first().artist, bad + "🎵" + bad);
         QCOMPARE(Track::make("file:///a", QString(QChar(0xd83c)), "B").trackName, bad);
-        QCOMPARE(Track::make("file:///a", "A", "B").id.version(), QUuid::Random);
     }
 
     void filesDecodeOnlyWhenWhole_data()
@@ -107,8 +102,6 @@ private slots:
         QTest::newRow("unknown keys") << Edit{settings, "\"playsSounds\"", "\"extra\" : {\"deep\" : [1]}, \"playsSounds\"", true};
         QTest::newRow("lower-case id") << Edit{"playlist-two-tracks.json", "A1B2C3D4-E5F6-4711-8899-AABBCCDDEEFF",
                                               "a1b2c3d4-e5f6-4711-8899-aabbccddeeff", true};
-        QTest::newRow("compact") << Edit{settings, "\n  ", "", true};
-        QTest::newRow("bool as string") << Edit{settings, "true", "\"true\""};
         QTest::newRow("theme list holds a number") << Edit{settings, "\"neo-lime\"", "42"};
         QTest::newRow("fractional index") << Edit{settings, "\"lastSelectedPlaylistID\" : 0", "\"lastSelectedPlaylistID\" : 0.5"};
         QTest::newRow("id with braces") << Edit{settings, "\"playlists\" : []",
@@ -170,7 +163,7 @@ private slots:
         config.setClosePos(config.closePos() + QPointF(1e-12, 0));
         QCOMPARE(spy.count(), 1);
         QCOMPARE(spy.at(0).at(0), QVariant::fromValue(Config::Property::closePos));
-        // Saving sorts the written catalogue only: upper case first, canonically equal
+        // Only the written catalogue is sorted: upper case first, canonically equal
         // names in their order, code points deciding (U+FFFD before U+1F3B5).
         QList<Playlist> memory;
         for (const char* name : {"b", "A", "a", "\u00e9t\u00e9", "Z", "e\u0301te\u0301", "a", "\U0001F3B5", "\uFFFD"})
@@ -192,7 +185,7 @@ private slots:
         QCOMPARE(out.lines().first(), "Settings file not found.");
         QCOMPARE(spy.count(), 0);
 
-        // A start with an empty Playlists folder leaves it empty and the default settings as written.
+        // A start with an empty Playlists folder leaves it empty.
         TestEnvironment::wipeHome();
         QDir().mkpath(playlistsFolder());
         QVERIFY(Config().playlists().isEmpty() && QDir(playlistsFolder()).isEmpty());
@@ -214,9 +207,7 @@ private slots:
         Config config;
         config.setLastSelectedPlaylistID(5);
         config.setCurrentPlaylistIndex(3);
-        StdoutCapture out;
         config.createPlaylist();
-        QCOMPARE(out.lines(), QStringList{"New playlist written successfully."});
         QCOMPARE(config.lastSelectedPlaylistID(), 0);
         QCOMPARE(config.currentPlaylistIndex(), 3); // not touched
         const Playlist added = config.playlists().value(1);
@@ -232,19 +223,16 @@ private slots:
         QCOMPARE(config.playlists(), (QList<Playlist>{three.at(0), three.at(2)}));
         QCOMPARE(config.lastSelectedPlaylistID(), 0);
         QVERIFY(!QFile::exists(config.playlistFileURL(three.at(1).id)));
-        // An unknown id: its stray file goes, nothing else changes and nothing is saved.
+        // An unknown id: its stray file goes, and nothing is saved.
         const QUuid stray = QUuid::createUuid();
         QVERIFY(writeFile(config.playlistFileURL(stray), {}) && QFile::remove(settingsPath()));
-        QSignalSpy spy(&config, &Config::changed);
         config.deletePlaylist(stray);
         QVERIFY(!QFile::exists(config.playlistFileURL(stray)) && !QFile::exists(settingsPath()));
-        QCOMPARE(spy.count(), 0);
         // The only playlist is replaced by a fresh one.
         config.deletePlaylist(three.at(2).id);
         config.deletePlaylist(three.at(0).id);
         const Playlist fresh = config.playlists().value(0);
         QVERIFY(config.playlists().size() == 1 && fresh.id != three.at(0).id);
-        QCOMPARE(readFile(config.playlistFileURL(fresh.id)), emptyPlaylist);
         QCOMPARE(storedSettings().playlists, QList<Playlist>{fresh});
         // Tracks are written atomically: a reader holding the old file keeps it whole.
         const QByteArray file = QFile::encodeName(config.playlistFileURL(fresh.id));
@@ -264,15 +252,10 @@ private slots:
     void movesFollowLoopAndShuffleRules_data()
     {
         QTest::addColumn<Move>("move");
-        QTest::newRow("next in the middle") << Move{true, 3, 0, false, false, 1};
-        QTest::newRow("next from the last, no loop: stays") << Move{true, 3, 2, false, false, 2};
-        QTest::newRow("next from the last, loop: wraps") << Move{true, 3, 2, true, false, 0};
         QTest::newRow("next beyond a shrunk list, no loop: stays") << Move{true, 3, 9, false, false, 9};
         QTest::newRow("next beyond a shrunk list, loop: first") << Move{true, 3, 9, true, false, 0};
         QTest::newRow("shuffle with one track, shrunk") << Move{true, 1, 4, false, true, 0};
         QTest::newRow("shuffle with two tracks") << Move{true, 2, 0, false, true, 1};
-        QTest::newRow("previous from the first, no loop") << Move{false, 3, 0, false, false, 2};
-        QTest::newRow("previous from the first, loop") << Move{false, 3, 0, true, false, 2};
         QTest::newRow("previous ignores shuffle") << Move{false, 3, 2, false, true, 1};
         QTest::newRow("previous far beyond a shrunk list") << Move{false, 3, 11, false, false, 1};
         QTest::newRow("next in an empty playlist") << Move{true, 0, 2, true, true, 2};
@@ -311,17 +294,17 @@ private slots:
         }
         // Each other index is expected 400 times; a chi-square over two degrees of
         // freedom above 20 happens by chance less than once in 20,000.
-        const double chiSquare = (std::pow(seen[0] - 400, 2) + std::pow(seen[2] - 400, 2) + std::pow(seen[3] - 400, 2)) / 400;
-        QVERIFY2(seen[1] == 0 && chiSquare < 20, qPrintable(QString::number(chiSquare)));
+        const auto square = [&](int i) { return (seen[i] - 400) * (seen[i] - 400) / 400.0; };
+        QVERIFY2(seen[1] == 0 && square(0) + square(2) + square(3) < 20, qPrintable(QString::number(square(0))));
         // For n = 3, 2^64 mod 3 = 1: a word whose product with 3 leaves a low half of 0
-        // is drawn again. A power of two keeps every word.
+        // is drawn again; (2^64 + 2) / 3 * 3 = 2^64 + 2 has the high half 1.
         const QList<quint64> words{0, 0x5555555555555556ULL, 0xFFFFFFFFFFFFFFFFULL, 0};
         int calls = 0;
         const auto word = [&] { return words.value(calls++, ~quint64(0)); };
-        QCOMPARE(uniformBelow(3, word), quint64(1)); // (2^64 + 2) / 3 * 3 = 2^64 + 2: high half 1
+        QCOMPARE(uniformBelow(3, word), quint64(1));
         QCOMPARE(calls, 2);
         QCOMPARE(uniformBelow(3, word), quint64(2));
-        QCOMPARE(uniformBelow(4, word), quint64(0));
+        QCOMPARE(uniformBelow(4, word), quint64(0)); // a power of two keeps every word
     }
 
     void themesAreInstalledOnceReadWholeAndShown()
@@ -330,7 +313,6 @@ private slots:
         // The test pictures hold neo-lime's close and player and one mini-blueberry picture.
         const QString neo = config.themesFolder() + "/neo-lime";
         QCOMPARE(QDir(neo).entryList(QDir::Files, QDir::Name), (QStringList{"close.png", "player.png", "theme.json"}));
-        QCOMPARE(readFile(neo + "/close.png"), readFile(":/themes/neo-lime-close@2x.png"));
         config.loadTheme(); // mini: only the two text sizes differ from the store's defaults
         QCOMPARE(config.trackTextSize(), 10);
         // A hand-edited file: only the changed properties notify, in field order.
@@ -353,15 +335,13 @@ private slots:
         QCOMPARE(out.lines().size(), 1);
         QVERIFY(out.lines().first().startsWith("Failed to read theme.json: "));
         QCOMPARE(config.geometry(), edited);
-        // Pictures come from the theme's folder.
         config.setCurrentTheme("neo-lime");
         const auto colour = [&] { return config.themePicture("close").pixel(0, 0); };
-        QCOMPARE(config.themePicture("close").size(), QSize(34, 28));
         QCOMPARE(config.themePicture("close").devicePixelRatio(), 2.0);
         QCOMPARE(colour(), qRgb(0, 200, 0));
         // A picture the user replaced is shown at the next lookup, also when the new file
         // keeps the old one's size and modification time, as a copy that keeps times does.
-        const QString close = config.themesFolder() + "/neo-lime/close.png";
+        const QString close = neo + "/close.png";
         QImage replacement(40, 30, QImage::Format_ARGB32);
         for (QRgb fill : {qRgb(10, 20, 30), qRgb(30, 20, 10)}) {
             const QDateTime time = QFileInfo(close).lastModified();

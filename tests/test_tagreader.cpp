@@ -2,28 +2,13 @@
 #include "playback/tagreader.h"
 #include "support/audiofixtures.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
 
 #include <QGuiApplication>
 #include <QThread>
 
 using namespace AudioFixtures;
 using Frames = QList<Id3Frame>;
-
-namespace {
-
-QString fixture(const QString& name)
-{
-    return TestEnvironment::documents() + '/' + name;
-}
-
-// A 40 × 30 picture of one colour; empty if it could not be made.
-QByteArray picture(const QString& name, unsigned rgb)
-{
-    QFile file(fixture(name));
-    return makePicture(file.fileName(), 40, 30, rgb) && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
 
 class TestTagReader : public QObject
 {
@@ -32,10 +17,9 @@ class TestTagReader : public QObject
 private slots:
     void init() { TestEnvironment::wipeHome(); }
 
-    // Hand-made ID3v2 frames, so that each text encoding is exactly the one asked
-    // for; "cover" adds a red and then a blue APIC frame, and the first is the cover.
-    // Without frames the container's own tags hold Song/Band and the red cover: only
-    // an MP3's are ID3, the cover is read from any.
+    // Hand-made ID3v2 frames hold exactly the encoding asked for; "cover" adds a red and
+    // then a blue picture, the first being the cover. Without frames the container's
+    // own tags hold Song/Band and the red cover: only an MP3's are ID3, covers come from any.
     void readsTitleArtistAndCover_data()
     {
         QTest::addColumn<QString>("name");
@@ -65,21 +49,24 @@ private slots:
         QFETCH(QString, name);
         QFETCH(Frames, frames);
         QFETCH(bool, cover);
+        const QString dir = TestEnvironment::documents() + '/';
+        const auto picture = [&](const QString& file, unsigned rgb) { // 40 × 30 of one colour
+            return makePicture(dir + file, 40, 30, rgb) ? TestFiles::readFile(dir + file) : QByteArray();
+        };
         const QByteArray red = picture("red.png", 0xff0000);
         Tone tone(0.5);
         if (frames.isEmpty()) {
             tone.title = "Song";
             tone.artist = "Band";
-            tone.picturePath = cover ? fixture("red.png") : QString();
+            tone.picturePath = cover ? dir + "red.png" : QString();
         } else if (cover) {
             frames << pictureFrame(red) << pictureFrame(picture("blue.png", 0x0000ff));
         }
-        const QString path = fixture(name);
+        const QString path = dir + name;
         QVERIFY(!red.isEmpty() && makeTone(path, tone));
         QVERIFY(frames.isEmpty() || writeId3Tag(path, id3Tag(frames, 4)));
-        // Read as the playlist editor reads: later, in the order asked, on the caller's
-        // thread, and not at all once the context is gone.
-        const QList<QUrl> urls{QUrl::fromLocalFile(fixture("missing.mp3")), QUrl(path)};
+        // Read later, in the order asked, on the caller's thread, not at all once the context is gone.
+        const QList<QUrl> urls{QUrl::fromLocalFile(dir + "missing.mp3"), QUrl(path)};
         auto* gone = new QObject;
         readTrackTagsAsync(urls, gone, [](const QList<TrackTags>&) { QFAIL("called after its context was gone"); });
         delete gone;

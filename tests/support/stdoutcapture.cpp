@@ -1,56 +1,42 @@
 #include "support/stdoutcapture.h"
 
-#include <QByteArray>
 #include <QTest>
 
 #include <cstdio>
-#include <cstdlib>
 #include <unistd.h>
 
 StdoutCapture::StdoutCapture()
 {
     std::fflush(stdout);
-    char path[] = "/tmp/plinkbox-stdout-XXXXXX";
-    m_fileFd = mkstemp(path);
-    unlink(path);
+    if (!m_file.open())
+        qFatal("cannot capture standard output");
     m_savedFd = dup(STDOUT_FILENO);
-    dup2(m_fileFd, STDOUT_FILENO);
+    dup2(m_file.handle(), STDOUT_FILENO);
 }
 
 StdoutCapture::~StdoutCapture()
 {
     // A check that failed while capturing wrote its message here: pass it on,
     // with what the program printed, or the failure would go unexplained.
-    if (QTest::currentTestFailed()) {
-        const QByteArray held = text().toUtf8();
-        if (write(m_savedFd, held.constData(), size_t(held.size())) < 0)
-            std::perror("StdoutCapture");
-    }
+    const QByteArray held = QTest::currentTestFailed() ? text().toUtf8() : QByteArray();
     std::fflush(stdout);
     dup2(m_savedFd, STDOUT_FILENO);
     close(m_savedFd);
-    close(m_fileFd);
+    std::fwrite(held.constData(), 1, size_t(held.size()), stdout);
+    std::fflush(stdout);
 }
 
 QString StdoutCapture::text()
 {
     std::fflush(stdout);
-    QByteArray all;
-    char buffer[4096];
-    for (off_t offset = 0;;) {
-        const ssize_t got = pread(m_fileFd, buffer, sizeof buffer, offset);
-        if (got <= 0)
-            break;
-        all.append(buffer, got);
-        offset += got;
-    }
-    return QString::fromUtf8(all);
+    QFile file(m_file.fileName());
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
 QStringList StdoutCapture::lines()
 {
     QStringList result = text().split(QLatin1Char('\n'));
-    if (!result.isEmpty() && result.last().isEmpty())
+    if (result.last().isEmpty())
         result.removeLast();
     return result;
 }

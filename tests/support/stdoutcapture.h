@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QStringList>
+#include <QTemporaryFile>
 
 // Captures what the program prints on standard output while it is alive, so
 // that a test can check the exact one-line messages.
@@ -15,6 +16,6 @@ public:
     QStringList lines(); // without the trailing empty line
 
 private:
+    QTemporaryFile m_file;
     int m_savedFd = -1;
-    int m_fileFd = -1;
 };

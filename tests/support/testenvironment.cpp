@@ -1,36 +1,26 @@
 #include "support/testenvironment.h"
 
 #include <QDir>
-#include <QStandardPaths>
-
-#include <cstdlib>
 
 namespace {
 QString g_home; // set once per test binary, before anything else runs
 }
 
 TestEnvironment::TestEnvironment()
+    : m_root(QDir::tempPath() + QStringLiteral("/plinkbox-test-XXXXXX"))
 {
-    const QByteArray base = qgetenv("TMPDIR").isEmpty() ? QByteArray("/tmp") : qgetenv("TMPDIR");
-    QByteArray pattern = base + "/plinkbox-test-XXXXXX";
-    const char* made = mkdtemp(pattern.data());
-    if (!made)
+    if (!m_root.isValid())
         qFatal("cannot create a temporary HOME");
-    m_root = QString::fromLocal8Bit(made);
-    g_home = m_root + QStringLiteral("/home");
-    QDir().mkpath(g_home + QStringLiteral("/Documents"));
+    m_root.setAutoRemove(qEnvironmentVariableIsEmpty("PLINK_KEEP_TEST_HOME"));
+    g_home = m_root.path() + QStringLiteral("/home");
+    wipeHome();
+    // Documents is found through the XDG folders, so they must not point at the real ones.
     qputenv("HOME", g_home.toLocal8Bit());
     qputenv("XDG_CONFIG_HOME", (g_home + QStringLiteral("/.config")).toLocal8Bit());
     qputenv("XDG_DATA_HOME", (g_home + QStringLiteral("/.local/share")).toLocal8Bit());
     qputenv("XDG_CACHE_HOME", (g_home + QStringLiteral("/.cache")).toLocal8Bit());
     if (qEnvironmentVariableIsEmpty("PLINK_TEST_DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-}
-
-TestEnvironment::~TestEnvironment()
-{
-    if (qEnvironmentVariableIsEmpty("PLINK_KEEP_TEST_HOME"))
-        QDir(m_root).removeRecursively();
 }
 
 QString TestEnvironment::home()
@@ -45,8 +35,7 @@ QString TestEnvironment::documents()
 
 void TestEnvironment::wipeHome()
 {
-    QDir home(g_home);
     // Tests may have made files read-only or replaced folders; start afresh.
-    home.removeRecursively();
+    QDir(g_home).removeRecursively();
     QDir().mkpath(documents());
 }

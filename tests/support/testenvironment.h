@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QTemporaryDir>
 #include <QTest>
 
 // A private HOME with an empty Documents folder for one test binary, made
@@ -11,7 +12,6 @@ class TestEnvironment
 {
 public:
     TestEnvironment();
-    ~TestEnvironment();
 
     static QString home();
     static QString documents();
@@ -19,7 +19,7 @@ public:
     static void wipeHome();
 
 private:
-    QString m_root;
+    QTemporaryDir m_root;
 };
 
 #define PLINK_TEST_MAIN_WITH(AppType, TestClass)                                            \
