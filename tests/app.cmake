@@ -5,5 +5,3 @@ plink_add_test(test_playerwindow_e2e SOURCES test_playerwindow_e2e.cpp playerfix
 target_compile_definitions(test_playerwindow_e2e PRIVATE PLINK_EXECUTABLE="$<TARGET_FILE:plinkbox>")
 add_dependencies(test_playerwindow_e2e plinkbox)
 set_tests_properties(test_playerwindow_e2e PROPERTIES RESOURCE_LOCK "plinkbox-session-bus;plinkbox_sink")
-plink_add_test(test_trackopener SOURCES test_trackopener.cpp LIBS plinkapp)
-set_tests_properties(test_trackopener PROPERTIES RESOURCE_LOCK plinkbox_sink)

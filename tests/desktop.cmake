@@ -1,7 +1,9 @@
-plink_add_test(test_mprisservice SOURCES test_mprisservice.cpp playerfixture.h LIBS plinkapp)
-# Tests that own the player's name on the session bus must not run side by side.
-set_tests_properties(test_mprisservice PROPERTIES RESOURCE_LOCK plinkbox-session-bus)
-target_compile_definitions(test_mprisservice PRIVATE PLINK_DESKTOP_ENTRY="${PROJECT_SOURCE_DIR}/resources/plinkbox.desktop")
+# The player from the desktop: its media controls, files opened, the session's platform.
+plink_add_test(test_desktop SOURCES test_desktop.cpp playerfixture.h LIBS plinkapp)
+# Tests that own the player's name on the session bus must not run side by
+# side; this one also plays through the test sink.
+set_tests_properties(test_desktop PROPERTIES RESOURCE_LOCK "plinkbox-session-bus;plinkbox_sink")
+target_compile_definitions(test_desktop PRIVATE PLINK_DESKTOP_ENTRY="${PROJECT_SOURCE_DIR}/resources/plinkbox.desktop")
 # The Debian package holds what `cmake --install` installs, and its desktop
 # entry and AppStream file pass their validators.
 add_test(NAME test_package COMMAND ${CMAKE_COMMAND} -DBUILD_DIR=${CMAKE_BINARY_DIR}

@@ -1,6 +1,9 @@
+#include "playback/albumart.h"
+#include "playback/tagreader.h"
 #include "player/contentview.h"
 #include "playerfixture.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -11,6 +14,9 @@
 #include <QPaintEvent>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 using PlayerFixture::printedBy;
 
@@ -245,6 +251,58 @@ private slots:
         config().writePlaylistTracks(m_rig->three, tracks);
         m_view->repaint();
         QCOMPARE(m_view->playlistReads(), reads + 1);
+    }
+
+    // Names that are no files: neither wait for a writer that never comes nor read for ever.
+    void tagsOfNamesThatAreNoFiles()
+    {
+        const QString pipe = TestEnvironment::home() + QStringLiteral("/pipe.mp3");
+        QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        for (const QString& path : {pipe, QStringLiteral("/dev/zero")}) {
+            alarm(30); // a read that never returns ends the test as a failure
+            const TrackTags tags = readTrackTags(path);
+            QVERIFY(readAlbumArt(path).isNull());
+            alarm(0);
+            QCOMPARE(tags.title + tags.artist, QStringLiteral("TrackUnknown artist"));
+        }
+    }
+
+    // Faults met while playing: the current playlist cut short on disk, then a
+    // settings file edited by hand to hold no playlists and a selection past
+    // them; the skin's drawing, buttons and menus and the end of a track are
+    // tried on each. The player goes on, never crashes or hangs.
+    void shortListsAreSurvivedEverywhere()
+    {
+        Config& config = m_rig->config;
+        config.setPlaysSounds(false); // the sounds are not linked in: each would print
+        const auto tryEverything = [&] {
+            for (const Element element :
+                 {Element::playPause, Element::fastForward, Element::rewind, Element::playlistMenu, Element::trackMenu}) {
+                m_view->repaint();
+                click(element);
+                while (QWidget* popup = QApplication::activePopupWidget())
+                    popup->close();
+            }
+            player().onTrackFinished();
+            m_view->repaint();
+        };
+
+        config.setCurrentTrackIndex(2);
+        const auto three = config.readPlaylistTracks(m_rig->three);
+        QVERIFY(three && TestFiles::writeFile(config.playlistFileURL(m_rig->three), toJson(PlaylistData{three->mid(0, 1)})));
+        tryEverything();
+        const auto tracks = config.currentPlaylistTracks();
+        QVERIFY(tracks && (tracks->isEmpty() || config.currentTrackIndex() < tracks->size()));
+
+        SettingsData settings = TestFiles::storedSettings();
+        settings.playlists.clear();
+        settings.lastSelectedPlaylistID = 99;
+        settings.playsSounds = false;
+        QVERIFY(TestFiles::writeFile(TestFiles::settingsPath(), toJson(settings)));
+        config.loadSettings();
+        QVERIFY(config.playlists().isEmpty());
+        tryEverything();
+        QVERIFY(!player().isPlaying());
     }
 };
 
