@@ -39,27 +39,6 @@ private slots:
         QVERIFY(elementShown(theme, Element::close, false) && elementShown(theme, Element::playPause, false));
     }
 
-    void windowSizeIsWholeAndSane_data()
-    {
-        QTest::addColumn<double>("width");
-        QTest::addColumn<double>("height");
-        QTest::addColumn<QSize>("window"); // of the enlarged player
-        QTest::newRow("default") << 269.0 << 96.0 << QSize(404, 144);
-        QTest::newRow("huge") << 1e300 << 5e9 << QSize(4000, 4000);
-        QTest::newRow("negative") << -269.0 << -1.0 << QSize(1, 1);
-        QTest::newRow("not a number") << qQNaN() << qInf() << QSize(1, 4000);
-    }
-    void windowSizeIsWholeAndSane()
-    {
-        QFETCH(double, width);
-        QFETCH(double, height);
-        QFETCH(QSize, window);
-        ThemeData theme;
-        theme.playerWidth = width;
-        theme.playerHeight = height;
-        QCOMPARE(windowSize(frameSize(theme, false, skinScale(true))), window);
-    }
-
     void scrubDragIsClampedToScaledBounds_data()
     {
         QTest::addColumn<bool>("superSized");

@@ -50,17 +50,8 @@ QSizeF frameSize(const ThemeData& theme, bool minimised, double scale)
 
 QSize windowSize(QSizeF frame)
 {
-    constexpr double smallest = 1;
-    constexpr double largest = 4000;
-    // NaN fails every comparison; std::clamp would pass it through.
-    const auto sane = [](double value) {
-        if (!(value >= smallest))
-            return int(smallest);
-        if (!(value <= largest))
-            return int(largest);
-        return qCeil(value);
-    };
-    return QSize(sane(frame.width()), sane(frame.height()));
+    // Theme sizes are checked when read, so only the fraction is left to round.
+    return QSize(qCeil(frame.width()), qCeil(frame.height()));
 }
 
 bool elementShown(const ThemeData& theme, Element element, bool isPlaying)

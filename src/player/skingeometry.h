@@ -30,8 +30,7 @@ double skinScale(bool superSized);
 
 // The window's frame in points, unrounded.
 QSizeF frameSize(const ThemeData& theme, bool minimised, double scale);
-// The frame as a window size: whole points, kept within 1 … 4000 so that an
-// absurd theme number cannot make an absurd window.
+// The frame as a window size in whole points, rounded up.
 QSize windowSize(QSizeF frame);
 
 // Whether the theme keeps an optional element (a width of 0 removes it) and
