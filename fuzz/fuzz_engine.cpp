@@ -1,11 +1,9 @@
 // Feeds arbitrary bytes, as an audio file, to the engine's own opening and
 // decoding: the decoder over memory, read to its end, then sought to the
 // middle and read again, as play() and a seek do. A refused file must say why.
-#include "playback/audiodecoder.h"
+#include "fuzzcheck.h"
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
+#include "playback/audiodecoder.h"
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
@@ -18,13 +16,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     QString error;
     const QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
     const std::unique_ptr<AudioDecoder> decoder = AudioDecoder::openBytes(bytes, 48000, &error);
-    if (!decoder) {
-        if (error.isEmpty()) {
-            std::fprintf(stderr, "engine: a file refused without a reason\n");
-            std::abort();
-        }
+    if (!decoder && error.isEmpty())
+        fuzzFault("engine", "a file refused without a reason");
+    if (!decoder)
         return 0;
-    }
     float buffer[1024 * AudioDecoder::channels];
     // Bounded, because a header may declare hours of audio.
     for (int pass = 0; pass < 2; ++pass) {

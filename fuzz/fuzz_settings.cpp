@@ -5,6 +5,5 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    fuzzDecoder(data, size, settingsDataFromJson, "settings");
-    return 0;
+    return fuzzDecoder(data, size, settingsDataFromJson, "settings");
 }

@@ -17,15 +17,16 @@
 // record must survive being written and read again: the second decode gives
 // the same record, and writing that gives the same bytes.
 template <class Record>
-void fuzzDecoder(const uint8_t* data, size_t size, Decoded<Record> (*decode)(const QByteArray&), const char* what)
+int fuzzDecoder(const uint8_t* data, size_t size, Decoded<Record> (*decode)(const QByteArray&), const char* what)
 {
     const Decoded<Record> first = decode(QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size)));
     if (!first && first.error.isEmpty())
         fuzzFault(what, "a failed decode gives no reason");
     if (!first)
-        return;
+        return 0;
     const QByteArray written = toJson(*first.value);
     const Decoded<Record> again = decode(written);
     if (!again || !(*again.value == *first.value) || toJson(*again.value) != written)
         fuzzFault(what, "the record changes when written and read again: " + again.error + "\n" + QString::fromUtf8(written));
+    return 0;
 }
