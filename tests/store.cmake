@@ -1,5 +1,6 @@
 # The store and its themes, with small pictures of one colour standing in for
-# the real ones; the last case starts the real program.
+# the real ones (one case starts the real program), and the file-system faults
+# under them.
 plink_add_test(test_store SOURCES test_store.cpp LIBS plinkcore)
 target_compile_definitions(test_store PRIVATE PLINKBOX_EXECUTABLE="$<TARGET_FILE:plinkbox>")
 add_dependencies(test_store plinkbox)
