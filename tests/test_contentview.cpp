@@ -99,8 +99,7 @@ private slots:
 
     // The window takes the picture's size, enlarged and minimised too;
     // pictures follow hover and playing; a press counts where it is let go;
-    // a tick repaints the thumb only once it moves to other pixels, and only
-    // around it; the thumb follows a drag of 10 points or more, seeking.
+    // the thumb follows a drag of 10 points or more, seeking.
     void playingFromTheSkin()
     {
         QCOMPARE(m_view->size(), QSize(269, 96));
@@ -133,32 +132,32 @@ private slots:
         QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, QPoint(180, 135));
         QVERIFY(player().isPlaying());
 
+        // A tick repaints the thumb only once it moves to other pixels, and only around it.
         struct PaintRecorder : QObject {
-            QList<QRect> rects;
+            QRegion painted;
             bool eventFilter(QObject*, QEvent* event) override
             {
                 if (event->type() == QEvent::Paint)
-                    rects += QList<QRect>(static_cast<QPaintEvent*>(event)->region().begin(),
-                                          static_cast<QPaintEvent*>(event)->region().end());
+                    painted += static_cast<QPaintEvent*>(event)->region();
                 return false;
             }
-        } painted;
+        } recorder;
         m_view->repaint();
-        m_view->installEventFilter(&painted);
+        m_view->installEventFilter(&recorder);
         player().invalidateTimer(); // only the seeks move the thumb now
         const QRectF thumb = thumbRect(config().geometry(), 1.5, thumbCentreX(bounds, 0.5));
         for (const double fraction : {0.49, 0.5}) {
-            painted.rects.clear();
+            recorder.painted = QRegion();
             player().seek(fraction);
-            QTRY_VERIFY(!painted.rects.isEmpty());
+            QTRY_VERIFY(!recorder.painted.isEmpty());
         }
-        for (const QRect& rect : std::as_const(painted.rects))
+        for (const QRect& rect : recorder.painted)
             QVERIFY2(rect.width() < 3 * thumb.width() && rect.height() < thumb.height() + 4, qPrintable(QString::number(rect.width())));
-        painted.rects.clear();
+        recorder.painted = QRegion();
         player().seek(0.5005);
         QTest::qWait(100);
-        QVERIFY(painted.rects.isEmpty());
-        m_view->removeEventFilter(&painted);
+        QVERIFY(recorder.painted.isEmpty());
+        m_view->removeEventFilter(&recorder);
         player().restartTimer();
 
         // 8.5 points is no drag, and the thumb is no handle for the window.
