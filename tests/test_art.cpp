@@ -97,19 +97,6 @@ private slots:
                      qPrintable(QString("ground at %1,%2").arg(point.x()).arg(point.y())));
         QCOMPARE(qAlpha(image.pixel(0, 0)), 0);
     }
-
-    void iconIsTheApprovedDrawing()
-    {
-        // A deliberate redraw is approved by copying build-dir/resources/icons/plinkbox.png
-        // over tests/data/icon-256.png. Edges may round one level apart on another CPU.
-        const QImage icon = QImage(":/icons/plinkbox.png").convertToFormat(QImage::Format_ARGB32);
-        const QImage installed = QImage(PLINK_APPROVED_ICON).convertToFormat(QImage::Format_ARGB32);
-        QVERIFY(icon.size() == QSize(256, 256) && installed.size() == icon.size());
-        int differ = 0;
-        for (int i = 0; i < icon.sizeInBytes(); ++i)
-            differ += qAbs(icon.constBits()[i] - installed.constBits()[i]) > 2;
-        QCOMPARE(differ, 0);
-    }
 };
 
 PLINK_TEST_MAIN_WITH(QGuiApplication, ArtTest)
