@@ -143,8 +143,7 @@ private slots:
         commands.addShortcutsTo(&window);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QCOMPARE(window.windowTitle(), QStringLiteral("Settings"));
-        QCOMPARE(window.size(), QSize(640, 640));
+        QCOMPARE(std::pair(window.windowTitle(), window.size()), std::pair(QString("Settings"), QSize(640, 640)));
         auto* tabs = window.findChild<QTabWidget*>();
         QCOMPARE((QStringList{tabs->tabText(0), tabs->tabText(1)}), (QStringList{"General", "Playlists"}));
         const auto drawn = [](const QIcon& icon, const char* name) {
@@ -175,9 +174,7 @@ private slots:
         QSignalSpy changes(&config, &Config::changed);
         QSignalSpy activations(picker, &QComboBox::activated);
         choose(picker->currentIndex());
-        QCOMPARE(activations.count(), 1);
-        QCOMPARE(changes.count(), 0);
-        QVERIFY(!QFile::exists(settingsPath()));
+        QVERIFY(activations.count() == 1 && changes.isEmpty() && !QFile::exists(settingsPath()));
 
         QString savedWhenLayoutArrived;
         connect(&config, &Config::changed, this, [&](Config::Property property) {
@@ -217,9 +214,7 @@ private slots:
         const auto find = [&](const QString& name) {
             return names(tracks).contains(name) ? tracks.at(names(tracks).indexOf(name)) : track(name);
         };
-        std::optional<Track> draggedTrack;
-        if (!drag.dragged.isEmpty())
-            draggedTrack = find(drag.dragged);
+        std::optional<Track> draggedTrack = drag.dragged.isEmpty() ? std::nullopt : std::optional(find(drag.dragged));
         QList<QStringList> commits;
         TrackDropDelegate delegate(tracks, config, draggedTrack, [&] { commits.append(names(tracks)); });
         delegate.dropEntered(find(drag.target));
@@ -227,9 +222,8 @@ private slots:
         QVERIFY(commits.isEmpty());
         // This binary carries no sounds: a requested one prints "not found".
         StdoutCapture out;
-        QVERIFY(delegate.performDrop());
+        QVERIFY(delegate.performDrop() && !draggedTrack);
         QCOMPARE(commits, QList<QStringList>{drag.result});
-        QVERIFY(!draggedTrack);
         QCOMPARE(out.lines(), drag.playsSounds ? QStringList{"Error: Sound file drag.m4a not found."} : QStringList());
     }
 
@@ -271,8 +265,7 @@ private slots:
         nameField->selectAll();
         QTest::keyClicks(nameField, QStringLiteral("   "));
         QTest::keyClick(nameField, Qt::Key_Return);
-        QCOMPARE(nameField->text(), QStringLiteral("Morning"));
-        QCOMPARE(picker->currentText(), QStringLiteral("Morning"));
+        QCOMPARE((QStringList{nameField->text(), picker->currentText()}), QStringList(2, QStringLiteral("Morning")));
 
         // The first press only asks, the second deletes.
         config.setCurrentPlaylistIndex(3);
@@ -289,8 +282,7 @@ private slots:
         config.deletePlaylist(catalogue.at(2).id);
         QCOMPARE(names(view.tracks()), (QStringList{"h1", "h2"}));
         config.setPlaylists({});
-        QVERIFY(!view.selectedPlaylistID());
-        QVERIFY(!view.findChild<QAbstractButton*>("addTracksButton")->isEnabled());
+        QVERIFY(!view.selectedPlaylistID() && !view.findChild<QAbstractButton*>("addTracksButton")->isEnabled());
     }
 
     void filesAreAddedInOrderAndUnreadableFilesKept()
@@ -307,8 +299,7 @@ private slots:
             QVERIFY(AudioFixtures::makeTone(paths.at(i), tone));
         }
         const QList<Playlist> catalogue = makeCatalogue(config, {"Mix", "Broken"}, {{"old"}});
-        const QUuid id = catalogue.at(0).id;
-        const QUuid broken = catalogue.at(1).id;
+        const QUuid id = catalogue.at(0).id, broken = catalogue.at(1).id;
         PlaylistSettingsView view(config);
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
@@ -448,8 +439,7 @@ private slots:
     {
         QFETCH(QRect, player);
         QFETCH(QRect, expected);
-        QCOMPARE(SettingsView::placeBeside(player, QSize(648, 672), QSize(420, 300), QRect(0, 0, 1280, 800)),
-                 expected);
+        QCOMPARE(SettingsView::placeBeside(player, QSize(648, 672), QSize(420, 300), QRect(0, 0, 1280, 800)), expected);
     }
 };
 
