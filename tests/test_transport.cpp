@@ -101,10 +101,9 @@ private slots:
                 transport().skip(action == "next" ? D::next : D::previous);
             else if (action == "end")
                 player().onTrackFinished();
-            else if (action == "skin playlist")
-                transport().selectPlaylistFromSkin(press.argument);
-            else if (action == "command playlist")
-                transport().selectPlaylistCommand(press.argument);
+            else if (action.endsWith("playlist"))
+                action == "skin playlist" ? transport().selectPlaylistFromSkin(press.argument)
+                                          : transport().selectPlaylistCommand(press.argument);
             else
                 action == "skin track" ? transport().selectTrackFromSkin(press.argument)
                                        : transport().selectTrackCommand(press.argument);
