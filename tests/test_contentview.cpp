@@ -33,18 +33,6 @@ QColor pictureColour(const QString& picture)
     return QColor::fromHsv((index * 360 / int(pictureNames.size()) + index % 2 * 11) % 360, 255, 230);
 }
 
-// Writes those pictures into the current theme's folder (the skin stretches them).
-void writeColouredTheme(Config& config)
-{
-    const QString folder = config.themesFolder() + QLatin1Char('/') + config.currentTheme() + QLatin1Char('/');
-    QDir().mkpath(folder);
-    for (const QString& name : pictureNames) {
-        QImage picture(64, 64, QImage::Format_ARGB32);
-        picture.fill(pictureColour(name));
-        picture.save(folder + name + QStringLiteral(".png"));
-    }
-}
-
 } // namespace
 
 class ContentViewTest : public QObject
@@ -84,7 +72,14 @@ private slots:
         TestEnvironment::wipeHome();
         QCursor::setPos(0, 0); // the virtual cursor stays where the last test left it
         m_rig = std::make_unique<PlayerFixture::Rig>(m_tones);
-        writeColouredTheme(config());
+        // The pictures go into the current theme's folder; the skin stretches them.
+        const QString folder = config().themesFolder() + QLatin1Char('/') + config().currentTheme() + QLatin1Char('/');
+        QDir().mkpath(folder);
+        for (const QString& name : pictureNames) {
+            QImage picture(64, 64, QImage::Format_ARGB32);
+            picture.fill(pictureColour(name));
+            picture.save(folder + name + QStringLiteral(".png"));
+        }
         m_view = std::make_unique<ContentView>(config(), player(), m_rig->transport);
         m_view->setMovableByBackground(true);
         m_view->move(200, 200);
@@ -169,8 +164,7 @@ private slots:
         QCOMPARE(m_view->pos(), windowPlace);
         QTest::mousePress(m_view.get(), Qt::LeftButton, {}, thumbAt);
         QTest::mouseMove(m_view.get(), start);
-        QVERIFY(m_view->isDragging() && !player().hasTimer());
-        QCOMPARE(m_view->cursor().shape(), Qt::ClosedHandCursor);
+        QVERIFY(m_view->isDragging() && !player().hasTimer() && m_view->cursor().shape() == Qt::ClosedHandCursor);
         QVERIFY(qAbs(player().progress() - (start.x() - bounds.minX) / bounds.range()) < 1e-9);
         QVERIFY(shows(start, "track-scrubber")); // where the pointer is, whatever the progress
         QTest::mouseMove(m_view.get(), QPoint(1, start.y()));
@@ -272,8 +266,7 @@ private slots:
     // tried on each. The player goes on, never crashes or hangs.
     void shortListsAreSurvivedEverywhere()
     {
-        Config& config = m_rig->config;
-        config.setPlaysSounds(false); // the sounds are not linked in: each would print
+        config().setPlaysSounds(false); // the sounds are not linked in: each would print
         const auto tryEverything = [&] {
             for (const Element element :
                  {Element::playPause, Element::fastForward, Element::rewind, Element::playlistMenu, Element::trackMenu}) {
@@ -286,20 +279,20 @@ private slots:
             m_view->repaint();
         };
 
-        config.setCurrentTrackIndex(2);
-        const auto three = config.readPlaylistTracks(m_rig->three);
-        QVERIFY(three && TestFiles::writeFile(config.playlistFileURL(m_rig->three), toJson(PlaylistData{three->mid(0, 1)})));
+        config().setCurrentTrackIndex(2);
+        const auto three = config().readPlaylistTracks(m_rig->three);
+        QVERIFY(three && TestFiles::writeFile(config().playlistFileURL(m_rig->three), toJson(PlaylistData{three->mid(0, 1)})));
         tryEverything();
-        const auto tracks = config.currentPlaylistTracks();
-        QVERIFY(tracks && (tracks->isEmpty() || config.currentTrackIndex() < tracks->size()));
+        const auto tracks = config().currentPlaylistTracks();
+        QVERIFY(tracks && (tracks->isEmpty() || config().currentTrackIndex() < tracks->size()));
 
         SettingsData settings = TestFiles::storedSettings();
         settings.playlists.clear();
         settings.lastSelectedPlaylistID = 99;
         settings.playsSounds = false;
         QVERIFY(TestFiles::writeFile(TestFiles::settingsPath(), toJson(settings)));
-        config.loadSettings();
-        QVERIFY(config.playlists().isEmpty());
+        config().loadSettings();
+        QVERIFY(config().playlists().isEmpty());
         tryEverything();
         QVERIFY(!player().isPlaying());
     }

@@ -54,8 +54,7 @@ Track track(const QString& name)
 QStringList names(const QList<Track>& tracks)
 {
     QStringList result;
-    for (const Track& entry : tracks)
-        result.append(entry.trackName);
+    std::ranges::transform(tracks, std::back_inserter(result), &Track::trackName);
     return result;
 }
 
@@ -143,8 +142,7 @@ private slots:
         commands.addShortcutsTo(&window);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QCOMPARE(window.windowTitle(), QStringLiteral("Settings"));
-        QCOMPARE(window.size(), QSize(640, 640));
+        QCOMPARE(std::pair(window.windowTitle(), window.size()), std::pair(QString("Settings"), QSize(640, 640)));
         auto* tabs = window.findChild<QTabWidget*>();
         QCOMPARE((QStringList{tabs->tabText(0), tabs->tabText(1)}), (QStringList{"General", "Playlists"}));
         const auto drawn = [](const QIcon& icon, const char* name) {
@@ -175,9 +173,7 @@ private slots:
         QSignalSpy changes(&config, &Config::changed);
         QSignalSpy activations(picker, &QComboBox::activated);
         choose(picker->currentIndex());
-        QCOMPARE(activations.count(), 1);
-        QCOMPARE(changes.count(), 0);
-        QVERIFY(!QFile::exists(settingsPath()));
+        QVERIFY(activations.count() == 1 && changes.isEmpty() && !QFile::exists(settingsPath()));
 
         QString savedWhenLayoutArrived;
         connect(&config, &Config::changed, this, [&](Config::Property property) {
@@ -217,9 +213,7 @@ private slots:
         const auto find = [&](const QString& name) {
             return names(tracks).contains(name) ? tracks.at(names(tracks).indexOf(name)) : track(name);
         };
-        std::optional<Track> draggedTrack;
-        if (!drag.dragged.isEmpty())
-            draggedTrack = find(drag.dragged);
+        std::optional<Track> draggedTrack = drag.dragged.isEmpty() ? std::nullopt : std::optional(find(drag.dragged));
         QList<QStringList> commits;
         TrackDropDelegate delegate(tracks, config, draggedTrack, [&] { commits.append(names(tracks)); });
         delegate.dropEntered(find(drag.target));
@@ -227,9 +221,8 @@ private slots:
         QVERIFY(commits.isEmpty());
         // This binary carries no sounds: a requested one prints "not found".
         StdoutCapture out;
-        QVERIFY(delegate.performDrop());
+        QVERIFY(delegate.performDrop() && !draggedTrack);
         QCOMPARE(commits, QList<QStringList>{drag.result});
-        QVERIFY(!draggedTrack);
         QCOMPARE(out.lines(), drag.playsSounds ? QStringList{"Error: Sound file drag.m4a not found."} : QStringList());
     }
 
@@ -271,15 +264,12 @@ private slots:
         nameField->selectAll();
         QTest::keyClicks(nameField, QStringLiteral("   "));
         QTest::keyClick(nameField, Qt::Key_Return);
-        QCOMPARE(nameField->text(), QStringLiteral("Morning"));
-        QCOMPARE(picker->currentText(), QStringLiteral("Morning"));
+        QCOMPARE((QStringList{nameField->text(), picker->currentText()}), QStringList(2, QStringLiteral("Morning")));
 
-        // The first press only asks, the second deletes.
         config.setCurrentPlaylistIndex(3);
         auto* button = view.findChild<QAbstractButton*>("deletePlaylistButton");
         button->click();
-        QCOMPARE(button->text(), QStringLiteral("Are you sure?"));
-        QCOMPARE(config.playlists().size(), 4);
+        QVERIFY(button->text() == "Are you sure?" && config.playlists().size() == 4);
         button->click();
         QCOMPARE(storedSettings().playlists.size(), 3);
         QCOMPARE(button->text(), QStringLiteral("Delete playlist..."));
@@ -289,8 +279,7 @@ private slots:
         config.deletePlaylist(catalogue.at(2).id);
         QCOMPARE(names(view.tracks()), (QStringList{"h1", "h2"}));
         config.setPlaylists({});
-        QVERIFY(!view.selectedPlaylistID());
-        QVERIFY(!view.findChild<QAbstractButton*>("addTracksButton")->isEnabled());
+        QVERIFY(!view.selectedPlaylistID() && !view.findChild<QAbstractButton*>("addTracksButton")->isEnabled());
     }
 
     void filesAreAddedInOrderAndUnreadableFilesKept()
@@ -307,8 +296,7 @@ private slots:
             QVERIFY(AudioFixtures::makeTone(paths.at(i), tone));
         }
         const QList<Playlist> catalogue = makeCatalogue(config, {"Mix", "Broken"}, {{"old"}});
-        const QUuid id = catalogue.at(0).id;
-        const QUuid broken = catalogue.at(1).id;
+        const QUuid id = catalogue.at(0).id, broken = catalogue.at(1).id;
         PlaylistSettingsView view(config);
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
@@ -418,7 +406,6 @@ private slots:
         pull(3);
         QCOMPARE(names(view.tracks()), stored());
 
-        // Delete, Backspace and the trash button remove the selected rows.
         QTest::mouseClick(viewport, Qt::LeftButton, {}, rowCentre(0));
         QTest::mouseClick(viewport, Qt::LeftButton, Qt::ControlModifier, rowCentre(2));
         QTest::keyClick(table, Qt::Key_Delete);
@@ -448,8 +435,7 @@ private slots:
     {
         QFETCH(QRect, player);
         QFETCH(QRect, expected);
-        QCOMPARE(SettingsView::placeBeside(player, QSize(648, 672), QSize(420, 300), QRect(0, 0, 1280, 800)),
-                 expected);
+        QCOMPARE(SettingsView::placeBeside(player, QSize(648, 672), QSize(420, 300), QRect(0, 0, 1280, 800)), expected);
     }
 };
 

@@ -59,9 +59,7 @@ private slots:
         QFETCH(double, pointerX);
         QFETCH(double, thumbX);
         QFETCH(double, fraction);
-        ThemeData theme;
-        theme.scrubberMaxPosX = maxX;
-        const ScrubBounds bounds = scrubBounds(theme, skinScale(superSized));
+        const ScrubBounds bounds = scrubBounds(ThemeData{.scrubberMaxPosX = maxX}, skinScale(superSized));
         QCOMPARE(clampedDragX(bounds, pointerX), thumbX);
         QCOMPARE(seekFraction(bounds, thumbX).value_or(-1.0), fraction);
         if (fraction >= 0)
@@ -90,8 +88,7 @@ private slots:
         QFETCH(QPointF, point);
         QFETCH(int, control);
         const double s = skinScale(superSized);
-        const ThemeData theme;
-        const auto found = controlAt(theme, s, playing, thumbCentreX(scrubBounds(theme, s), 0), point);
+        const auto found = controlAt(ThemeData(), s, playing, thumbCentreX(scrubBounds(ThemeData(), s), 0), point);
         QCOMPARE(found ? int(*found) : -1, control);
     }
 
@@ -100,9 +97,8 @@ private slots:
         // The usable area lies below a 30-point panel: 0,30 to 1280,800.
         QTest::addColumn<QRect>("window");
         QTest::addColumn<QPoint>("expected"); // (-1, -1): left alone
-        const QPoint none(-1, -1);
         QTest::newRow("10 from the left snaps") << QRect(10, 300, 269, 96) << QPoint(0, 300);
-        QTest::newRow("11 from the left stays") << QRect(11, 300, 269, 96) << none;
+        QTest::newRow("11 from the left stays") << QRect(11, 300, 269, 96) << QPoint(-1, -1);
         QTest::newRow("partly off the left") << QRect(-7, 300, 269, 96) << QPoint(0, 300);
         QTest::newRow("past the right edge") << QRect(1280 - 269 + 10, 300, 269, 96) << QPoint(1280 - 269, 300);
         QTest::newRow("4 below the top and 6 from the right") << QRect(1005, 34, 269, 96) << QPoint(1011, 30);

@@ -101,10 +101,9 @@ private slots:
                 transport().skip(action == "next" ? D::next : D::previous);
             else if (action == "end")
                 player().onTrackFinished();
-            else if (action == "skin playlist")
-                transport().selectPlaylistFromSkin(press.argument);
-            else if (action == "command playlist")
-                transport().selectPlaylistCommand(press.argument);
+            else if (action.endsWith("playlist"))
+                action == "skin playlist" ? transport().selectPlaylistFromSkin(press.argument)
+                                          : transport().selectPlaylistCommand(press.argument);
             else
                 action == "skin track" ? transport().selectTrackFromSkin(press.argument)
                                        : transport().selectTrackCommand(press.argument);
@@ -115,13 +114,12 @@ private slots:
         QCOMPARE(player().isPlaying(), press.playingAfter);
         if (press.playingAfter)
             QCOMPARE(player().currentUrl(), QUrl::fromLocalFile(m_tones.at(press.toTrack)));
-        if (action == "end" && !press.playingAfter) {
+        // Music that goes on keeps its place; a track started, even the same one, starts at the top.
+        const bool goesOn = press.playing && press.toTrack == press.track && !action.endsWith("track");
+        if (action == "end" && !press.playingAfter)
             QCOMPARE(player().progress(), 0.0);
-        } else if (press.playingAfter && action != "end") {
-            // Music that goes on keeps its place; a track started, even the same one, starts at the top.
-            const bool goesOn = press.playing && press.toTrack == press.track && !action.endsWith("track");
+        else if (press.playingAfter && action != "end")
             QCOMPARE(player().progress() >= 0.5, goesOn);
-        }
         const int playlist = action.endsWith("playlist") ? press.argument : press.playlist;
         QCOMPARE(config().currentPlaylistIndex(), playlist);
         QCOMPARE(config().lastSelectedPlaylistID(), playlist != press.playlist ? playlist : 0);
