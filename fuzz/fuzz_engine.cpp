@@ -14,8 +14,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     QString error;
-    const QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
-    const std::unique_ptr<AudioDecoder> decoder = AudioDecoder::openBytes(bytes, 48000, &error);
+    const auto decoder = AudioDecoder::openBytes(QByteArray(reinterpret_cast<const char*>(data), qsizetype(size)), 48000, &error);
     if (!decoder && error.isEmpty())
         fuzzFault("engine", "a file refused without a reason");
     if (!decoder)

@@ -11,7 +11,9 @@
 #include <QProcess>
 #include <QSignalSpy>
 
+#include <algorithm>
 #include <csignal>
+#include <set>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -90,8 +92,8 @@ private slots:
             QCOMPARE(jsonNumber(number), QByteArray(text));
         // Half a surrogate pair (from a JSON escape or a tag) could not be written: it becomes U+FFFD.
         const QString bad(QChar::ReplacementCharacter);
-        const auto read = playlistDataFromJson(dataFile("playlist-two-tracks.json").replace("AC\\/DC", "\\udfb5\\ud83c\\udfb5\\ud83c"));
-        QCOMPARE(read.value->tracks.first().artist, bad + "🎵" + bad);
+        const QByteArray halves = dataFile("playlist-two-tracks.json").replace("AC\\/DC", "\\udfb5\\ud83c\\udfb5\\ud83c");
+        QCOMPARE(playlistDataFromJson(halves).value->tracks.first().artist, bad + "🎵" + bad);
         QCOMPARE(Track::make("file:///a", QString(QChar(0xd83c)), "B").trackName, bad);
     }
 
@@ -100,14 +102,12 @@ private slots:
         QTest::addColumn<Edit>("edit");
         // Every member is required but the settings' selection; a stored track keeps its id.
         for (const char* file : {"settings-defaults.json", "theme-mini.json", "playlist-two-tracks.json"}) {
-            QSet<QByteArray> keys;
-            for (const QByteArray& line : dataFile(file).split('\n')) {
-                const QByteArray key = line.left(line.indexOf("\" :") + 3).trimmed();
-                if (key.size() > 3 && !key.contains("lastSelectedPlaylistID") && !keys.contains(key)) {
-                    keys.insert(key);
-                    QTest::addRow("%s %s", file, key.constData()) << Edit{file, key, "\"renamed\" :"};
-                }
-            }
+            std::set<QByteArray> keys;
+            for (const QByteArray& line : dataFile(file).split('\n'))
+                keys.insert(line.left(line.indexOf("\" :") + 3).trimmed());
+            std::erase_if(keys, [](const QByteArray& key) { return key.size() <= 3 || key.contains("lastSelectedPlaylistID"); });
+            for (const QByteArray& key : keys)
+                QTest::addRow("%s %s", file, key.constData()) << Edit{file, key, "\"renamed\" :"};
         }
         const char* settings = "settings-defaults.json";
         const char* theme = "theme-mini.json";
@@ -167,16 +167,14 @@ private slots:
         StdoutCapture out;
         Config config;
         QCOMPARE(out.text(), QString()); // a normal start creates nothing and says nothing
-        QVERIFY(config.playlists().size() == 3 && !config.loopTracks());
-        QCOMPARE(config.currentPlaylistIndex(), 2);
+        QVERIFY(config.playlists().size() == 3 && !config.loopTracks() && config.currentPlaylistIndex() == 2);
         QCOMPARE(config.playerWidth(), 130.0); // the neo layout file was read
 
         // Only real changes notify, and points compare exactly, not with Qt's fuzzy equality.
         QSignalSpy spy(&config, &Config::changed);
         config.loadSettings();
         config.setClosePos(config.closePos() + QPointF(1e-12, 0));
-        QCOMPARE(spy.count(), 1);
-        QCOMPARE(spy.at(0).at(0), QVariant::fromValue(Config::Property::closePos));
+        QCOMPARE(spy, QList<QVariantList>{{QVariant::fromValue(Config::Property::closePos)}});
         // Only the written catalogue is sorted: upper case first, canonically equal
         // names in their order, code points deciding (U+FFFD before U+1F3B5).
         QList<Playlist> memory;
@@ -185,18 +183,15 @@ private slots:
         config.setPlaylists(memory);
         config.saveSettings();
         QCOMPARE(config.playlists(), memory);
-        QList<Playlist> expected;
-        for (int i : {1, 4, 2, 6, 0, 3, 5, 8, 7})
-            expected.append(memory.at(i));
-        QCOMPARE(storedSettings().playlists, expected);
+        QCOMPARE(storedSettings().playlists, (QList<Playlist>{memory[1], memory[4], memory[2], memory[6], memory[0], memory[3],
+                                                              memory[5], memory[8], memory[7]}));
         // Loads that fail say so and change nothing.
         spy.clear();
         QFile::remove(settingsPath());
         config.loadSettings();
         QDir().mkpath(settingsPath()); // a folder where the file should be
         config.loadSettings();
-        QCOMPARE(out.lines().size(), 2);
-        QCOMPARE(out.lines().first(), "Settings file not found.");
+        QVERIFY2(out.lines().size() == 2 && out.lines().first() == "Settings file not found.", qPrintable(out.text()));
         QCOMPARE(spy.count(), 0);
 
         // A start with an empty Playlists folder leaves it empty.
@@ -222,8 +217,7 @@ private slots:
         config.setLastSelectedPlaylistID(5);
         config.setCurrentPlaylistIndex(3);
         config.createPlaylist();
-        QCOMPARE(config.lastSelectedPlaylistID(), 0);
-        QCOMPARE(config.currentPlaylistIndex(), 3); // not touched
+        QCOMPARE(std::pair(config.lastSelectedPlaylistID(), config.currentPlaylistIndex()), (std::pair<qint64, qint64>(0, 3))); // index kept
         const Playlist added = config.playlists().value(1);
         QCOMPARE(added.name, "Untitled");
         QCOMPARE(config.playlistFileURL(added.id), playlistsFolder() + '/' + uuidText(added.id) + ".json");
@@ -327,9 +321,8 @@ private slots:
         edited.trackArtWidth = 90;
         QVERIFY(writeFile(config.themeFileURL(), toJson(edited)));
         config.loadTheme();
-        QCOMPARE(spy.count(), 2);
-        QCOMPARE(spy.at(0).at(0), QVariant::fromValue(Config::Property::closePos));
-        QCOMPARE(spy.at(1).at(0), QVariant::fromValue(Config::Property::trackArtWidth));
+        QCOMPARE(spy, (QList<QVariantList>{{QVariant::fromValue(Config::Property::closePos)},
+                                           {QVariant::fromValue(Config::Property::trackArtWidth)}}));
         // A file lacking one key changes nothing and says so; a missing file is silent.
         config.setCurrentTheme("max-graphite");
         QVERIFY(writeFile(config.themeFileURL(), readFile(config.themeFileURL()).replace("\"trackArtHeight\"", "\"x\"")));
@@ -337,8 +330,7 @@ private slots:
         config.loadTheme();
         config.setCurrentTheme("no-such-theme");
         config.loadTheme();
-        QCOMPARE(out.lines().size(), 1);
-        QVERIFY(out.lines().first().startsWith("Failed to read theme.json: "));
+        QVERIFY2(out.lines().size() == 1 && out.text().startsWith("Failed to read theme.json: "), qPrintable(out.text()));
         QCOMPARE(config.geometry(), edited);
         config.setCurrentTheme("neo-lime");
         const auto colour = [&] { return config.themePicture("close").pixel(0, 0); };
@@ -355,7 +347,6 @@ private slots:
             replacement.fill(fill);
             QFile copied(close);
             QVERIFY(replacement.save(close) && copied.open(QIODevice::ReadWrite) && copied.setFileTime(time, QFileDevice::FileModificationTime));
-            copied.close();
             QVERIFY(fill == qRgb(10, 20, 30) || (QFileInfo(close).size() == size && QFileInfo(close).lastModified() == time));
             QCOMPARE(colour(), fill);
         }
@@ -447,11 +438,8 @@ private slots:
             setrlimit(RLIMIT_FSIZE, &saved);
         }
         alarm(0);
-        const QStringList lines = out.lines();
-        bool same = lines.size() == fault.printed.size();
-        for (qsizetype i = 0; same && i < lines.size(); ++i)
-            same = lines.at(i).startsWith(fault.printed.at(i));
-        QVERIFY2(same, qPrintable(lines.join('\n')));
+        const auto begins = [](const QString& line, const QString& start) { return line.startsWith(start); };
+        QVERIFY2(std::ranges::equal(out.lines(), fault.printed, begins), qPrintable(out.text()));
         if (fault.thing == "file" || fault.thing == "folder")
             QCOMPARE(readFile(fault.thing == "file" ? path : path + "/keep.txt"), "mine");
         if (fault.thing == "text")

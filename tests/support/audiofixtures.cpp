@@ -40,9 +40,8 @@ QByteArray frameBody(const Id3Frame& frame)
     static constexpr QStringConverter::Encoding encodings[] = {QStringConverter::Latin1, QStringConverter::Utf16LE,
                                                                QStringConverter::Utf16BE, QStringConverter::Utf8};
     // Only encoding 1 starts with a byte order mark.
-    QStringEncoder encoder(encodings[int(frame.encoding)], frame.encoding == Encoding::Utf16
-                                                                ? QStringConverter::Flag::WriteBom
-                                                                : QStringConverter::Flag::Default);
+    const auto bom = frame.encoding == Encoding::Utf16 ? QStringConverter::Flag::WriteBom : QStringConverter::Flag::Default;
+    QStringEncoder encoder(encodings[int(frame.encoding)], bom);
     return char(frame.encoding) + QByteArray(encoder.encode(frame.text));
 }
 
@@ -84,16 +83,6 @@ bool makePicture(const QString& path, int width, int height, unsigned rgb)
         return true;
     qWarning() << "makePicture: cannot write" << path;
     return false;
-}
-
-Id3Frame textFrame(const QByteArray& id, const QString& text, Encoding encoding)
-{
-    return Id3Frame{id, text, encoding, {}};
-}
-
-Id3Frame pictureFrame(const QByteArray& png)
-{
-    return Id3Frame{"APIC", {}, Encoding::Latin1, png};
 }
 
 QByteArray id3Tag(const QList<Id3Frame>& frames, int version)
@@ -142,16 +131,10 @@ MonitorRecorder::~MonitorRecorder()
     m_parec.waitForFinished();
 }
 
-QString MonitorRecorder::source()
-{
-    return qEnvironmentVariable("PLINK_TEST_MONITOR");
-}
-
 bool MonitorRecorder::start()
 {
-    m_parec.start(QStringLiteral("parec"), {QStringLiteral("-d"), source(), QStringLiteral("--raw"),
-                                            QStringLiteral("--format=s16le"), QStringLiteral("--channels=1"),
-                                            QStringLiteral("--rate=%1").arg(m_rate), QStringLiteral("--latency-msec=10")});
+    const QString options = QStringLiteral("--raw --format=s16le --channels=1 --rate=%1 --latency-msec=10 -d").arg(m_rate);
+    m_parec.start(QStringLiteral("parec"), options.split(QLatin1Char(' ')) << source());
     // The monitor sends nothing for the first second or two; from its first
     // data on, the recording keeps pace with real time and can be marked.
     if (QTest::qWaitFor([this] { return drain() > 0; }, 15000))
@@ -164,11 +147,6 @@ qsizetype MonitorRecorder::drain()
 {
     m_samples += m_parec.readAllStandardOutput();
     return m_samples.size() / 2;
-}
-
-double MonitorRecorder::seconds()
-{
-    return double(drain()) / m_rate;
 }
 
 double MonitorRecorder::level(double fromSeconds, double toSeconds)

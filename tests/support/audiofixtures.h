@@ -21,8 +21,7 @@ struct Tone {
     int frequency = 440;
     double offset = 0;
     double silentFrom = 0, silentTo = 0;
-    QString title;
-    QString artist;
+    QString title, artist;
     QString picturePath; // a PNG or JPEG embedded as the cover
 };
 bool makeTone(const QString& path, const Tone& tone = Tone());
@@ -40,8 +39,8 @@ struct Id3Frame {
     Encoding encoding = Encoding::Latin1;
     QByteArray picture;
 };
-Id3Frame textFrame(const QByteArray& id, const QString& text, Encoding encoding = Encoding::Latin1);
-Id3Frame pictureFrame(const QByteArray& png);
+inline Id3Frame textFrame(const QByteArray& id, const QString& text, Encoding encoding = Encoding::Latin1) { return {id, text, encoding, {}}; }
+inline Id3Frame pictureFrame(const QByteArray& png) { return {"APIC", {}, Encoding::Latin1, png}; }
 QByteArray id3Tag(const QList<Id3Frame>& frames, int version = 3);
 // Puts the tag in front of an MP3 file, or as an "id3 " chunk into a WAV file.
 bool writeId3Tag(const QString& path, const QByteArray& tag);
@@ -61,11 +60,11 @@ public:
     ~MonitorRecorder();
     Q_DISABLE_COPY(MonitorRecorder)
 
-    static QString source(); // empty when not under the test desktop
+    static QString source() { return qEnvironmentVariable("PLINK_TEST_MONITOR"); } // empty outside the test desktop
     // Returns once the monitor's data flows; false if it does not.
     bool start();
     // So far: taken just before an action, it marks the action's place.
-    double seconds();
+    double seconds() { return double(drain()) / m_rate; }
     // RMS level (0 … 1 of full scale) over [fromSeconds, toSeconds), and of
     // each whole window of windowSeconds from fromSeconds on.
     double level(double fromSeconds, double toSeconds);

@@ -13,12 +13,13 @@ class TestEnvironment
 public:
     TestEnvironment();
 
-    static QString home();
-    static QString documents();
+    static QString home() { return s_home; }
+    static QString documents() { return s_home + QStringLiteral("/Documents"); }
     // Empties Documents (and the rest of HOME) between test cases.
     static void wipeHome();
 
 private:
+    inline static QString s_home; // set once per test binary, before anything else runs
     QTemporaryDir m_root;
 };
 
