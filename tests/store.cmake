@@ -1,9 +1,6 @@
 # The store and its themes, with small pictures of one colour standing in for
-# the real ones (one case starts the real program), and the file-system faults
-# under them.
+# the real ones, and the file-system faults under them.
 plink_add_test(test_store SOURCES test_store.cpp LIBS plinkcore)
-target_compile_definitions(test_store PRIVATE PLINKBOX_EXECUTABLE="$<TARGET_FILE:plinkbox>")
-add_dependencies(test_store plinkbox)
 set_source_files_properties(data/pictures/fallback-close@2x.png
     PROPERTIES QT_RESOURCE_ALIAS mini-blueberry-close@2x.png)
 qt_add_resources(test_store test_theme_pictures PREFIX /themes BASE data/pictures FILES

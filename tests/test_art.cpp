@@ -14,11 +14,6 @@ const QHash<QString, Element> elements{
     {"pause", Element::playPause}, {"ff", Element::fastForward}, {"playlist-menu", Element::playlistMenu},
     {"track-menu", Element::trackMenu}, {"track-scrubber", Element::scrubber}, {"track-album", Element::albumArt}};
 
-QImage shipped(const QString& prefix, const QString& theme, const QString& picture)
-{
-    return QImage(QString(":/%1/%2-%3@2x.png").arg(prefix, theme, picture));
-}
-
 } // namespace
 
 class ArtTest : public QObject
@@ -42,8 +37,9 @@ private slots:
         QFETCH(QString, prefix);
         QFETCH(QString, theme);
         QFETCH(QString, picture);
+        const auto shipped = [&](const QString& name) { return QImage(QString(":/%1/%2-%3@2x.png").arg(prefix, theme, name)); };
         // Reading the resource also proves the linker kept the resources.
-        const QImage image = shipped(prefix, theme, picture);
+        const QImage image = shipped(picture);
         QVERIFY2(image.hasAlphaChannel(), "missing from the resources");
         const ThemeData& l = familyLayout(*familyOfTheme(theme));
         const bool background = picture.startsWith("player");
@@ -51,7 +47,7 @@ private slots:
                                         : elementRect(l, elements.value(QString(picture).remove("-on")), 1).size();
         if (frame.width() > 0) // an element the family lacks still ships a picture
             QCOMPARE(image.size(), (frame * 2).toSize());
-        const QImage unlit = picture.endsWith("-on") ? shipped(prefix, theme, picture.chopped(3)) : image;
+        const QImage unlit = picture.endsWith("-on") ? shipped(picture.chopped(3)) : image;
         int lit = 0, opaque = 0;
         for (int y = 0; y < image.height(); ++y) {
             for (int x = 0; x < image.width(); ++x) {

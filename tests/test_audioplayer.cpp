@@ -25,10 +25,7 @@ QString tone(const QString& name, Tone wanted, std::optional<unsigned> rgb = {})
     return makeTone(path, wanted) ? path : QString();
 }
 
-QUrl url(const QString& path)
-{
-    return QUrl::fromLocalFile(path);
-}
+const auto url = &QUrl::fromLocalFile;
 
 // Seconds from mark to the last sound heard so far.
 double lastHeard(MonitorRecorder& recorder, double mark, double threshold = 0.02)

@@ -199,7 +199,6 @@ private slots:
         QTest::newRow("dragged row gone") << Drag{"elsewhere", "T1", false, unchanged};
         QTest::newRow("target row gone") << Drag{"T1", "elsewhere", false, unchanged};
         QTest::newRow("down by one") << Drag{"T1", "twin", false, {"twin", "T1", "T3", "twin"}};
-        QTest::newRow("down by two") << Drag{"T1", "T3", true, {"twin", "T3", "T1", "twin"}};
         QTest::newRow("up by two") << Drag{"T3", "T1", true, {"T3", "T1", "twin", "twin"}};
         QTest::newRow("equal tracks move the first") << Drag{"twin", "T1", false, {"twin", "T1", "T3", "twin"}};
     }
@@ -424,7 +423,6 @@ private slots:
         QTest::addColumn<QRect>("player");
         QTest::addColumn<QRect>("expected");
         const QSize frame(648, 672);
-        QTest::newRow("right of it") << QRect(20, 50, 269, 96) << QRect(QPoint(301, 50), frame);
         QTest::newRow("left of it") << QRect(1000, 50, 269, 96) << QRect(QPoint(340, 50), frame);
         QTest::newRow("pushed up onto the screen") << QRect(20, 700, 269, 96) << QRect(QPoint(301, 128), frame);
         QTest::newRow("below a wide player") << QRect(0, 0, 1280, 100) << QRect(QPoint(0, 112), QSize(648, 672));

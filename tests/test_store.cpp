@@ -8,7 +8,6 @@
 #include "themes/defaultlayouts.h"
 
 #include <QGuiApplication>
-#include <QProcess>
 #include <QSignalSpy>
 
 #include <algorithm>
@@ -199,16 +198,6 @@ private slots:
         QDir().mkpath(playlistsFolder());
         QVERIFY(Config().playlists().isEmpty() && QDir(playlistsFolder()).isEmpty());
         QCOMPARE(storedSettings(), defaults);
-    }
-
-    void executableStopsWithoutDocuments()
-    {
-        QVERIFY(QDir(TestEnvironment::documents()).removeRecursively() && writeFile(TestEnvironment::documents(), "a file"));
-        QProcess process;
-        process.start(PLINKBOX_EXECUTABLE, {});
-        QVERIFY(process.waitForFinished(20000) && process.exitCode() != 0);
-        const QString output = process.readAllStandardOutput();
-        QVERIFY2(output.startsWith("Unable to locate document directory: ") && output.count('\n') == 1, qPrintable(output));
     }
 
     void playlistsAreCreatedAndDeletedById()
