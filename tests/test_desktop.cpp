@@ -181,6 +181,7 @@ private slots:
                             QStringLiteral("org.mpris.MediaPlayer2"));
         const QByteArray entry = TestFiles::readFile(PLINK_DESKTOP_ENTRY);
         const qsizetype at = entry.indexOf("MimeType=") + 9;
+        QCOMPARE(root.property("SupportedUriSchemes").toStringList(), QStringList{"file"});
         QCOMPARE(root.property("SupportedMimeTypes").toStringList().join(';') + ';',
                  QString::fromUtf8(entry.mid(at, entry.indexOf('\n', at) - at)));
         root.asyncCall(QStringLiteral("Raise"));
