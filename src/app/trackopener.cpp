@@ -5,7 +5,6 @@
 #include "player/transport.h"
 #include "store/config.h"
 #include "store/console.h"
-#include "store/fileio.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -64,20 +63,15 @@ void TrackOpener::addAndPlay(const QList<QUrl>& files, const QList<TrackTags>& t
     if (!m_config.bringCurrentPlaylistIntoRange())
         m_config.createPlaylist();
     const QUuid id = m_config.playlists().at(m_config.currentPlaylistIndex()).id;
-    std::optional<QList<Track>> tracks = m_config.readPlaylistTracks(id);
-    if (!tracks) {
-        // Its message is printed; the file is kept beside itself before the
-        // new list replaces it, so that its tracks can be recovered by hand.
-        keepBrokenCopy(m_config.playlistFileURL(id));
-        tracks.emplace();
-    }
-    const qint64 first = tracks->size();
+    // An unreadable list has been reported, and the store keeps it beside the new one.
+    QList<Track> tracks = m_config.readPlaylistTracks(id).value_or(QList<Track>());
+    const qint64 first = tracks.size();
     for (qsizetype i = 0; i < files.size(); ++i)
-        tracks->append(Track::make(files.at(i).toString(QUrl::FullyEncoded), tags.at(i).title, tags.at(i).artist));
-    m_config.writePlaylistTracks(id, *tracks);
+        tracks.append(Track::make(files.at(i).toString(QUrl::FullyEncoded), tags.at(i).title, tags.at(i).artist));
+    m_config.writePlaylistTracks(id, tracks);
     // A failed write has been reported; the new tracks are not there to play.
     const std::optional<QList<Track>> written = m_config.readPlaylistTracks(id);
-    if (!written || written->size() != tracks->size())
+    if (!written || written->size() != tracks.size())
         return;
     m_config.setCurrentTrackIndex(first);
     if (m_audioPlayer.isPlaying())

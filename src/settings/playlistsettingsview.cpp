@@ -3,7 +3,6 @@
 #include "settings/themedicon.h"
 #include "settings/tracktable.h"
 #include "store/console.h"
-#include "store/fileio.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -141,7 +140,6 @@ void PlaylistSettingsView::showSavedTracks()
     const std::optional<QUuid> id = m_selectedPlaylistID;
     // An unreadable file has already been reported by the store; nothing to show.
     const std::optional<QList<Track>> tracks = id ? m_config.readPlaylistTracks(*id) : std::nullopt;
-    m_unreadablePlaylistID = id && !tracks ? id : std::nullopt;
     if (!tracks || *tracks != m_model.tracks())
         m_model.setTracks(tracks.value_or(QList<Track>()));
     updateControls();
@@ -241,7 +239,7 @@ void PlaylistSettingsView::removeSelectedTracks()
     if (rows.isEmpty())
         return;
     m_model.removeTracks(rows);
-    writeTracks(*m_selectedPlaylistID, m_model.tracks());
+    m_config.writePlaylistTracks(*m_selectedPlaylistID, m_model.tracks());
 }
 
 void PlaylistSettingsView::chooseFiles()
@@ -301,7 +299,7 @@ void PlaylistSettingsView::applyAddedTracks(const QUuid& playlistID, const QList
     }
     if (m_selectedPlaylistID == playlistID) {
         m_model.appendTracks(added);
-        writeTracks(playlistID, m_model.tracks());
+        m_config.writePlaylistTracks(playlistID, m_model.tracks());
     } else {
         // The user moved on while the tags were read: the files still go
         // where they were dropped, if that playlist is still there.
@@ -323,16 +321,7 @@ void PlaylistSettingsView::commitOrder()
 {
     setDeleteWarning(false);
     if (m_selectedPlaylistID)
-        writeTracks(*m_selectedPlaylistID, m_model.tracks());
-}
-
-void PlaylistSettingsView::writeTracks(const QUuid& playlistID, const QList<Track>& tracks)
-{
-    if (m_unreadablePlaylistID == playlistID) {
-        keepBrokenCopy(m_config.playlistFileURL(playlistID));
-        m_unreadablePlaylistID.reset();
-    }
-    m_config.writePlaylistTracks(playlistID, tracks);
+        m_config.writePlaylistTracks(*m_selectedPlaylistID, m_model.tracks());
 }
 
 void PlaylistSettingsView::onDeletePressed()

@@ -67,15 +67,11 @@ private:
     void applyReadyAdditions();
     void applyAddedTracks(const QUuid& playlistID, const QList<QUrl>& urls, const QList<TrackTags>& tags);
     void commitOrder();
-    // Writes the editor's list; a file that could not be read is first kept
-    // beside itself, so that its tracks can still be recovered by hand.
-    void writeTracks(const QUuid& playlistID, const QList<Track>& tracks);
     void onDeletePressed();
     void setDeleteWarning(bool on);
 
     Config& m_config;
     std::optional<QUuid> m_selectedPlaylistID;
-    std::optional<QUuid> m_unreadablePlaylistID; // shown empty because its file could not be read
     std::optional<Track> m_draggedTrack;
     bool m_deletePlaylistWarning = false;
     TrackTableModel m_model;

@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QObject>
 #include <QPointF>
+#include <QSet>
 #include <QStringList>
 
 #include <optional>
@@ -70,6 +71,8 @@ public:
     void ensurePlaylistsFolder();
     void createPlaylist();
     void deletePlaylist(const QUuid& id);
+    // A file last found unreadable is first kept beside itself (".broken"), so
+    // that its tracks can be recovered by hand.
     void writePlaylistTracks(const QUuid& id, const QList<Track>& tracks);
     // Reads a playlist's file afresh; a failure prints its description.
     std::optional<QList<Track>> readPlaylistTracks(const QUuid& id) const;
@@ -143,4 +146,5 @@ private:
     QString m_documentDirectory;
     SoundPlayer* m_soundPlayer = nullptr; // a child QObject
     PlaylistWatcher* m_playlistWatcher = nullptr; // a child QObject
+    mutable QSet<QUuid> m_unreadablePlaylists; // as the last read of each found them
 };

@@ -86,6 +86,8 @@ void Config::deletePlaylist(const QUuid& id)
 
 void Config::writePlaylistTracks(const QUuid& id, const QList<Track>& tracks)
 {
+    if (m_unreadablePlaylists.remove(id))
+        keepBrokenCopy(playlistFileURL(id));
     const QString error = writeFileAtomic(playlistFileURL(id), toJson(PlaylistData{tracks}));
     // The wording names theme.json although a playlist is written; it is kept as is.
     if (!error.isEmpty())
@@ -100,15 +102,13 @@ void Config::writePlaylistTracks(const QUuid& id, const QList<Track>& tracks)
 std::optional<QList<Track>> Config::readPlaylistTracks(const QUuid& id) const
 {
     const FileBytes file = readWholeFile(playlistFileURL(id));
-    if (!file.bytes) {
-        printLine(file.error);
-        return std::nullopt;
-    }
-    Decoded<PlaylistData> data = playlistDataFromJson(*file.bytes);
+    Decoded<PlaylistData> data = file.bytes ? playlistDataFromJson(*file.bytes) : Decoded<PlaylistData>{};
     if (!data) {
-        printLine(data.error);
+        printLine(file.bytes ? data.error : file.error);
+        m_unreadablePlaylists.insert(id);
         return std::nullopt;
     }
+    m_unreadablePlaylists.remove(id);
     return std::move(data.value->tracks);
 }
 
