@@ -253,10 +253,8 @@ private slots:
         QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
         for (const QString& path : {pipe, QStringLiteral("/dev/zero")}) {
             alarm(30); // a read that never returns ends the test as a failure
-            const TrackTags tags = readTrackTags(path);
-            QVERIFY(readAlbumArt(path).isNull());
+            QVERIFY(readTrackTags(path) == TrackTags() && readAlbumArt(path).isNull()); // "Track", "Unknown artist"
             alarm(0);
-            QCOMPARE(tags.title + tags.artist, QStringLiteral("TrackUnknown artist"));
         }
     }
 
