@@ -320,8 +320,10 @@ void PlaybackStream::setVolume(float volume)
 
 // Frames of this epoch the listener has heard: the server's last figures
 // (what the output has read of ours, less what it still holds), run on by
-// the clock since, and never past what we wrote.
-qint64 PlaybackStream::heardFrames()
+// the clock since, and never past what we wrote. Only a confirmed figure
+// stays within what the output has read: the end is told by that, while the
+// scrub bar runs on smoothly between the server's figures.
+qint64 PlaybackStream::heardFrames(bool confirmed)
 {
     const double rate = m_connection.rate();
     const pa_usec_t now = pa_rtclock_now();
@@ -330,7 +332,7 @@ qint64 PlaybackStream::heardFrames()
     if (!m_paused && now - m_clock.at > (m_tail == Tail::drained ? 100000u : 600000u))
         askTiming();
     const qint64 running = m_paused ? 0 : qint64(double(now - m_clock.at) * rate / 1e6);
-    return std::clamp<qint64>(m_clock.heard + running, 0, std::min(m_clock.limit, m_written));
+    return std::clamp<qint64>(m_clock.heard + running, 0, std::min(confirmed ? m_clock.limit : kUnbounded, m_written));
 }
 
 void PlaybackStream::askTiming()
@@ -377,5 +379,5 @@ double PlaybackStream::position(quint64 token)
 double PlaybackStream::secondsUntil(qint64 frame)
 {
     PulseLocker locker(m_connection);
-    return double(frame - heardFrames()) / m_connection.rate();
+    return double(frame - heardFrames(true)) / m_connection.rate();
 }

@@ -74,7 +74,7 @@ private:
     void restart(double seconds);
     void cork(bool paused);
     void closeStream();
-    qint64 heardFrames();
+    qint64 heardFrames(bool confirmed = false);
     void askTiming();
     void timingArrived(pa_stream* stream, int success);
 
