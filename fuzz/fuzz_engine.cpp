@@ -5,12 +5,6 @@
 
 #include "playback/audiodecoder.h"
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    AudioDecoder::configureLibraries();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     QString error;

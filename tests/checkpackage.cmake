@@ -1,5 +1,5 @@
 # Builds the Debian package and checks what it would install: the program, the
-# desktop entry and AppStream file (each passing its validator), and the icon
+# decoder module, the desktop entry and AppStream file (each passing its validator), and the icon
 # at every size a panel asks for.
 #   cmake -DBUILD_DIR=... -DWORK=... -P checkpackage.cmake
 file(REMOVE_RECURSE "${WORK}")
@@ -14,7 +14,7 @@ if(NOT result EQUAL 0 OR NOT count EQUAL 1)
     message(FATAL_ERROR "cpack made no plinkbox_<version>_amd64.deb")
 endif()
 execute_process(COMMAND dpkg-deb -f ${packages} Depends OUTPUT_VARIABLE depends)
-foreach(library libqt6widgets6 libtag1v5 qt6-qpa-plugins)
+foreach(library libqt6widgets6 libtag1v5 qt6-qpa-plugins libsndfile1 libavcodec59)
     string(FIND "${depends}" "${library}" found)
     if(found EQUAL -1)
         message(FATAL_ERROR "the package does not depend on ${library}: ${depends}")
@@ -26,8 +26,11 @@ set(paths bin/plinkbox share/applications/plinkbox.desktop share/metainfo/org.pl
 foreach(size 16 22 24 32 48 64 128 256)
     list(APPEND paths share/icons/hicolor/${size}x${size}/apps/plinkbox.png)
 endforeach()
+# FFmpeg's module, where the program looks for it beside itself.
+file(STRINGS "${root}/bin/plinkbox" module REGEX "^\\.\\./.*plinkbox-ffmpeg\\.so$")
+list(APPEND paths "bin/${module}")
 foreach(path IN LISTS paths)
-    if(NOT EXISTS "${root}/${path}")
+    if(NOT EXISTS "${root}/${path}" OR IS_DIRECTORY "${root}/${path}")
         message(FATAL_ERROR "not in the package: ${path}")
     endif()
 endforeach()

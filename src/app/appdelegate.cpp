@@ -6,6 +6,7 @@
 #include "app/windowsetup.h"
 #include "app/windowsnapdelegate.h"
 #include "playback/audioplayer.h"
+#include "playback/soundplayer.h"
 #include "player/contentview.h"
 #include "player/transport.h"
 #include "settings/settingsview.h"
@@ -61,6 +62,10 @@ AppDelegate::AppDelegate(QObject* parent)
     m_contentView->setTranslucent(compositorRunning());
     m_contentView->show();
     QTimer::singleShot(0, this, &AppDelegate::windowSetUp);
+    // The sounds are decoded once the window is up, so that they neither
+    // delay it nor the first press.
+    if (m_config->playsSounds())
+        QTimer::singleShot(0, this, [this] { m_config->soundPlayer().preload(); });
 }
 
 AppDelegate::~AppDelegate() = default;

@@ -34,7 +34,6 @@ bool exists(const QUrl& file)
 AudioPlayer::AudioPlayer(QObject* parent)
     : QObject(parent)
 {
-    AudioDecoder::configureLibraries();
     m_timer.setInterval(tickMilliseconds);
     // The timer is our member, so a tick can never outlive the engine.
     connect(&m_timer, &QTimer::timeout, this, &AudioPlayer::tick);

@@ -4,7 +4,9 @@
 #include "playback/pulseconnection.h"
 #include "store/console.h"
 
+#include <QDir>
 #include <QFile>
+#include <QtConcurrent>
 
 #include <pulse/context.h>
 #include <pulse/error.h>
@@ -13,10 +15,13 @@
 
 #include <cstring>
 
+#include <malloc.h>
+
 namespace {
 
 constexpr size_t frameBytes = AudioDecoder::channels * sizeof(float);
 constexpr pa_usec_t lingerMicroseconds = 300000;
+constexpr int soundRate = 48000; // the server converts, if its output runs at another
 
 QString couldNotPlay(const QString& name, const QString& description)
 {
@@ -38,6 +43,7 @@ SoundPlayer::SoundPlayer(QObject* parent)
 
 SoundPlayer::~SoundPlayer()
 {
+    m_preload.waitForFinished();
     if (!m_connection)
         return;
     PulseLocker locker(*m_connection);
@@ -51,35 +57,24 @@ void SoundPlayer::playSound(const QString& name)
         printLine(QStringLiteral("Error: Sound file ") + name + QStringLiteral(".m4a not found."));
         return;
     }
-    if (!m_connection) {
-        AudioDecoder::configureLibraries();
-        m_connection = std::make_unique<PulseConnection>("plinkBox sounds");
+    preload().waitForFinished();
+    const std::shared_ptr<const Sound> sound = m_sounds.value(name);
+    // A sound that cannot be decoded is reported each time, and the one
+    // sounding goes on.
+    if (!sound || sound->samples.empty()) {
+        printLine(couldNotPlay(name, sound ? sound->error : QStringLiteral("It was not decoded")));
+        return;
     }
+    if (!m_connection)
+        m_connection = std::make_unique<PulseConnection>("plinkBox sounds");
     PulseLocker locker(*m_connection);
     QString error;
     if (!m_connection->ensureConnected(&error)) {
         printLine(couldNotPlay(name, error));
         return;
     }
-    if (!m_sounds.contains(name)) {
-        QFile file(resource);
-        auto sound = std::make_shared<Sound>();
-        sound->rate = m_connection->rate();
-        if (file.open(QIODevice::ReadOnly))
-            sound->samples = AudioDecoder::decodeAll(file.readAll(), sound->rate, &error);
-        else
-            error = file.errorString();
-        // A sound that cannot be decoded is reported each time, and the one
-        // sounding goes on.
-        if (sound->samples.empty()) {
-            printLine(couldNotPlay(name, error));
-            return;
-        }
-        m_sounds.insert(name, sound);
-    }
-    const std::shared_ptr<const Sound> sound = m_sounds.value(name);
     endPlaying();
-    const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, uint32_t(sound->rate), AudioDecoder::channels};
+    const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, uint32_t(soundRate), AudioDecoder::channels};
     pa_stream* stream = pa_stream_new(m_connection->context(), "Interface sound", &spec, nullptr);
     if (!stream) {
         printLine(couldNotPlay(name, QString::fromUtf8(pa_strerror(pa_context_errno(m_connection->context())))));
@@ -92,6 +87,35 @@ void SoundPlayer::playSound(const QString& name)
     m_playing = new Playing{stream, sound, 0};
     pa_stream_set_write_callback(stream, &SoundPlayer::writeRequested, m_playing);
     pa_stream_connect_playback(stream, nullptr, &buffer, PA_STREAM_ADJUST_LATENCY, nullptr, nullptr);
+}
+
+QFuture<void> SoundPlayer::preload()
+{
+    if (!m_preloadStarted) {
+        m_preloadStarted = true;
+        m_preload = QtConcurrent::run([this] { decodeSounds(); });
+    }
+    return m_preload;
+}
+
+void SoundPlayer::decodeSounds()
+{
+    // The sounds are the only files FFmpeg decodes in most sessions: it is
+    // loaded once for all of them, and let go after.
+    std::shared_ptr<void> ffmpeg = AudioDecoder::holdFfmpeg();
+    for (const QFileInfo& file : QDir(QStringLiteral(":/sounds")).entryInfoList({QStringLiteral("*.m4a")})) {
+        auto sound = std::make_shared<Sound>();
+        QFile input(file.filePath());
+        if (input.open(QIODevice::ReadOnly))
+            sound->samples = AudioDecoder::decodeAll(input.readAll(), soundRate, &sound->error);
+        else
+            sound->error = input.errorString();
+        m_sounds.insert(file.completeBaseName(), sound);
+    }
+    ffmpeg.reset();
+    // What the decoders used on this thread is given back to the system, not
+    // kept in its allocator for work that will not come.
+    malloc_trim(0);
 }
 
 // On the event thread: the whole sound at once, then a drain, after which

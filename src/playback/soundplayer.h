@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFuture>
 #include <QHash>
 #include <QObject>
 #include <QString>
@@ -14,10 +15,11 @@ struct pa_stream;
 // resources, one at a time: a new sound ends the one before. Callers check
 // Config::playsSounds first; this class does not look at it.
 //
-// Making one costs nothing: the sound server is reached, and each sound
-// decoded into memory, the first time it is played. Every press then gets a
-// short stream of its own, written whole at once, so that it starts within
-// milliseconds and its stream goes as soon as it has been heard.
+// Making one costs nothing: the sounds are decoded into memory by preload(),
+// all at once in the background, and the sound server is reached the first
+// time one is played. Every press then gets a short stream of its own,
+// written whole at once, so that it starts within milliseconds and its
+// stream goes as soon as it has been heard.
 class SoundPlayer : public QObject
 {
     Q_OBJECT
@@ -27,19 +29,24 @@ public:
     ~SoundPlayer() override;
 
     void playSound(const QString& name);
+    // Decodes every shipped sound, once, off this thread; a press before it
+    // is done waits for it.
+    QFuture<void> preload();
 
 private:
     struct Sound {
         std::vector<float> samples; // interleaved stereo
-        int rate = 0;
+        QString error;              // why there are none
     };
     struct Playing; // a stream and the sound it writes
 
-    const Sound* load(const QString& name);
+    void decodeSounds();
     void endPlaying();
     static void writeRequested(pa_stream* stream, size_t bytes, void* playing);
 
     std::unique_ptr<PulseConnection> m_connection;
-    QHash<QString, std::shared_ptr<const Sound>> m_sounds;
+    QFuture<void> m_preload;
+    bool m_preloadStarted = false;
+    QHash<QString, std::shared_ptr<const Sound>> m_sounds; // written by the preload only
     Playing* m_playing = nullptr; // under the connection's lock
 };
