@@ -78,11 +78,11 @@ private slots:
 
         MonitorRecorder ear;
         QVERIFY(ear.start());
-        const auto levelAfter = [&](const QStringList& action) { // from 1 to 2.5 s after it
+        const auto levelAfter = [&](const QStringList& action) { // from 0.6 to 1.6 s after it
             const double mark = ear.seconds();
             xdotool(action);
-            QTest::qWait(2500);
-            return ear.level(mark + 1, mark + 2.5);
+            QTest::qWait(1600);
+            return ear.level(mark + 0.6, mark + 1.6);
         };
         // A click on the play button's centre.
         QVERIFY2(levelAfter({"mousemove", "--window", m_window, "288", "51", "click", "1"}) > 0.05, "no sound after play");

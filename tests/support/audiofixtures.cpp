@@ -153,20 +153,27 @@ double MonitorRecorder::level(double fromSeconds, double toSeconds)
 {
     const qsizetype count = drain();
     const qsizetype first = qBound<qsizetype>(0, qsizetype(fromSeconds * m_rate), count);
-    const qsizetype last = qBound<qsizetype>(first, qsizetype(toSeconds * m_rate), count);
-    double sum = 0;
-    for (qsizetype i = first; i < last; ++i)
-        sum += std::pow(loudness(i) / 32768.0, 2);
-    return last == first ? 0 : std::sqrt(sum / double(last - first));
+    return levelOf(first, qBound<qsizetype>(first, qsizetype(toSeconds * m_rate), count));
 }
 
 QList<double> MonitorRecorder::levels(double windowSeconds, double fromSeconds)
 {
+    // Stepped in whole samples: seconds added up would make some windows a
+    // sample longer, and a longer window of a tone has another level.
+    const qsizetype count = drain(), window = qRound(windowSeconds * m_rate);
     QList<double> result;
-    const double end = seconds();
-    for (double from = fromSeconds; from + windowSeconds <= end + 1e-9; from += windowSeconds)
-        result.append(level(from, from + windowSeconds));
+    for (qsizetype first = qMax<qsizetype>(0, qRound(fromSeconds * m_rate)); window > 0 && first + window <= count;
+         first += window)
+        result.append(levelOf(first, first + window));
     return result;
+}
+
+double MonitorRecorder::levelOf(qsizetype first, qsizetype last) const
+{
+    double sum = 0;
+    for (qsizetype i = first; i < last; ++i)
+        sum += std::pow(loudness(i) / 32768.0, 2);
+    return last == first ? 0 : std::sqrt(sum / double(last - first));
 }
 
 double MonitorRecorder::firstSoundAfter(double fromSeconds, double threshold)

@@ -76,6 +76,7 @@ public:
 
 private:
     qsizetype drain(); // the samples recorded so far
+    double levelOf(qsizetype first, qsizetype last) const;
     int loudness(qsizetype index) const { return qAbs(qFromLittleEndian<qint16>(m_samples.constData() + 2 * index)); }
 
     int m_rate;
