@@ -6,7 +6,6 @@
 #include "app/windowsetup.h"
 #include "app/windowsnapdelegate.h"
 #include "playback/audioplayer.h"
-#include "playback/soundplayer.h"
 #include "player/contentview.h"
 #include "player/transport.h"
 #include "settings/settingsview.h"
@@ -62,11 +61,6 @@ AppDelegate::AppDelegate(QObject* parent)
     m_contentView->setTranslucent(compositorRunning());
     m_contentView->show();
     QTimer::singleShot(0, this, &AppDelegate::windowSetUp);
-    // The sounds are decoded a moment after the window is up, so that they
-    // neither delay it (loading FFmpeg costs more than the rest of the
-    // start) nor the first press; a press before then waits for them.
-    if (m_config->playsSounds())
-        QTimer::singleShot(1000, this, [this] { m_config->soundPlayer().preload(); });
 }
 
 AppDelegate::~AppDelegate() = default;

@@ -63,13 +63,6 @@ std::shared_ptr<void> ffmpegModule(OpenWithFfmpeg* open, QString* error)
 
 } // namespace
 
-std::shared_ptr<void> AudioDecoder::holdFfmpeg()
-{
-    OpenWithFfmpeg open = nullptr;
-    QString error;
-    return ffmpegModule(&open, &error);
-}
-
 std::unique_ptr<AudioDecoder> AudioDecoder::openFile(const QString& path, int rate, QString* error)
 {
     return open(&path, nullptr, rate, error);

@@ -25,10 +25,6 @@ public:
     static std::unique_ptr<AudioDecoder> openBytes(const QByteArray& bytes, int rate, QString* error);
     // Everything in bytes decoded at once (for short sounds); empty on failure.
     static std::vector<float> decodeAll(const QByteArray& bytes, int rate, QString* error);
-    // FFmpeg's module, kept loaded while the handle lives (as each decoder
-    // of its keeps it): a batch of decodes loads it once. Null if it cannot
-    // be loaded.
-    static std::shared_ptr<void> holdFfmpeg();
 
     ~AudioDecoder();
     AudioDecoder(const AudioDecoder&) = delete;

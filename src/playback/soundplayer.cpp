@@ -15,13 +15,10 @@
 
 #include <cstring>
 
-#include <malloc.h>
-
 namespace {
 
 constexpr size_t frameBytes = AudioDecoder::channels * sizeof(float);
 constexpr pa_usec_t lingerMicroseconds = 300000;
-constexpr int soundRate = 48000; // the server converts, if its output runs at another
 
 QString couldNotPlay(const QString& name, const QString& description)
 {
@@ -74,7 +71,7 @@ void SoundPlayer::playSound(const QString& name)
         return;
     }
     endPlaying();
-    const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, uint32_t(soundRate), AudioDecoder::channels};
+    const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, uint32_t(rate), AudioDecoder::channels};
     pa_stream* stream = pa_stream_new(m_connection->context(), "Interface sound", &spec, nullptr);
     if (!stream) {
         printLine(couldNotPlay(name, QString::fromUtf8(pa_strerror(pa_context_errno(m_connection->context())))));
@@ -100,22 +97,23 @@ QFuture<void> SoundPlayer::preload()
 
 void SoundPlayer::decodeSounds()
 {
-    // The sounds are the only files FFmpeg decodes in most sessions: it is
-    // loaded once for all of them, and let go after.
-    std::shared_ptr<void> ffmpeg = AudioDecoder::holdFfmpeg();
     for (const QFileInfo& file : QDir(QStringLiteral(":/sounds")).entryInfoList({QStringLiteral("*.m4a")})) {
         auto sound = std::make_shared<Sound>();
+        // The build decodes the shipped sounds beforehand, so that FFmpeg is
+        // not loaded for them; any other is decoded here.
+        QFile decoded(file.path() + '/' + file.completeBaseName() + QStringLiteral(".pcm"));
         QFile input(file.filePath());
-        if (input.open(QIODevice::ReadOnly))
-            sound->samples = AudioDecoder::decodeAll(input.readAll(), soundRate, &sound->error);
-        else
+        if (decoded.open(QIODevice::ReadOnly)) {
+            const QByteArray bytes = decoded.readAll();
+            sound->samples.resize(size_t(bytes.size()) / sizeof(float));
+            std::memcpy(sound->samples.data(), bytes.constData(), sound->samples.size() * sizeof(float));
+        } else if (input.open(QIODevice::ReadOnly)) {
+            sound->samples = AudioDecoder::decodeAll(input.readAll(), rate, &sound->error);
+        } else {
             sound->error = input.errorString();
+        }
         m_sounds.insert(file.completeBaseName(), sound);
     }
-    ffmpeg.reset();
-    // What the decoders used on this thread is given back to the system, not
-    // kept in its allocator for work that will not come.
-    malloc_trim(0);
 }
 
 // On the event thread: the whole sound at once, then a drain, after which

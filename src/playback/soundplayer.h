@@ -15,22 +15,25 @@ struct pa_stream;
 // resources, one at a time: a new sound ends the one before. Callers check
 // Config::playsSounds first; this class does not look at it.
 //
-// Making one costs nothing: the sounds are decoded into memory by preload(),
-// all at once in the background, and the sound server is reached the first
-// time one is played. Every press then gets a short stream of its own,
-// written whole at once, so that it starts within milliseconds and its
+// Making one costs nothing: the sounds are read into memory by preload(),
+// all at once, as the build decoded them, and the sound server is reached
+// the first time one is played. Every press then gets a short stream of its
+// own, written whole at once, so that it starts within milliseconds and its
 // stream goes as soon as it has been heard.
 class SoundPlayer : public QObject
 {
     Q_OBJECT
 
 public:
+    // The sounds' own rate; the server converts, if its output runs at another.
+    static constexpr int rate = 48000;
+
     explicit SoundPlayer(QObject* parent = nullptr);
     ~SoundPlayer() override;
 
     void playSound(const QString& name);
-    // Decodes every shipped sound, once, off this thread; a press before it
-    // is done waits for it.
+    // Reads every shipped sound, once, off this thread (decoding any that the
+    // build did not); a press before it is done waits for it.
     QFuture<void> preload();
 
 private:
