@@ -31,9 +31,10 @@ QString describe(int error)
     return QString::fromUtf8(text);
 }
 
-// Encoder delay and padding that a file declares (MP3's LAME header, MP4
-// edit lists) are trimmed by libavcodec, so tracks cut from one recording
-// join sample for sample.
+// Encoder delay and padding that a file declares are trimmed, so tracks cut
+// from one recording join sample for sample: MP3's LAME header and the
+// delay of an MP4 edit list by libavcodec, the padding after an MP4 file's
+// declared end here.
 class FfmpegBackend : public DecoderBackend
 {
 public:
@@ -68,6 +69,7 @@ private:
     int m_stream = -1;
     int m_rate;
     double m_duration = 0;
+    double m_exactEnd = -1; // where the audio ends, where the file says so exactly
     double m_skipTo = -1;   // after a seek: samples before this time are dropped
     double m_decodedTo = 0; // seconds of the file decoded so far
     int m_failuresInARow = 0;
@@ -202,6 +204,10 @@ bool FfmpegBackend::open(const char* url, QString* error, const AVInputFormat* f
         m_duration = double(stream->duration) * av_q2d(stream->time_base);
     else if (m_format->duration != AV_NOPTS_VALUE && m_format->duration > 0)
         m_duration = double(m_format->duration) / AV_TIME_BASE;
+    // An MP4 file's track length is exact (an edit list, or the track's own
+    // count): its last frame's samples past it are the encoder's padding.
+    if (std::strncmp(m_format->iformat->name, "mov", 3) == 0 && stream->duration > 0)
+        m_exactEnd = m_duration;
 
     // The first frame decoded now, so that a file of noise fails here; it is
     // converted at the first read.
@@ -311,6 +317,10 @@ void FfmpegBackend::convert(const AVFrame* frame, std::vector<float>& out)
             av_q2d(stream->time_base);
     const double end = start + double(frame->nb_samples) / frame->sample_rate;
     m_decodedTo = std::max(m_decodedTo, end);
+    const int samples = m_exactEnd < 0 ? frame->nb_samples
+        : int(std::clamp<long>(std::lround((m_exactEnd - start) * frame->sample_rate), 0, frame->nb_samples));
+    if (samples == 0)
+        return;
     qsizetype drop = 0;
     if (m_skipTo >= 0) {
         if (end <= m_skipTo)
@@ -318,14 +328,14 @@ void FfmpegBackend::convert(const AVFrame* frame, std::vector<float>& out)
         drop = std::max<qsizetype>(0, qsizetype(std::lround((m_skipTo - start) * m_rate)));
         m_skipTo = -1;
     }
-    const int room = swr_get_out_samples(m_resampler, frame->nb_samples);
+    const int room = swr_get_out_samples(m_resampler, samples);
     if (room <= 0)
         return;
     const size_t old = out.size();
     out.resize(old + size_t(room) * channels);
     auto* converted = reinterpret_cast<uint8_t*>(out.data() + old);
     const int made = swr_convert(m_resampler, &converted, room, const_cast<const uint8_t**>(frame->extended_data),
-                                 frame->nb_samples);
+                                 samples);
     const size_t madeSamples = size_t(std::max(made, 0)) * channels;
     out.resize(old + madeSamples);
     const size_t cut = std::min(madeSamples, size_t(drop) * channels);
