@@ -94,7 +94,8 @@ private slots:
 
     // The window takes the picture's size, enlarged and minimised too;
     // pictures follow hover and playing; a press counts where it is let go;
-    // the thumb follows a drag of 10 points or more, seeking.
+    // the thumb follows a drag of 10 points or more, seeking; a drag past
+    // the end ends the track once, when it is let go.
     void playingFromTheSkin()
     {
         QCOMPARE(m_view->size(), QSize(269, 96));
@@ -172,6 +173,16 @@ private slots:
         QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, QPoint(1, start.y()));
         QVERIFY(!m_view->isDragging() && player().hasTimer() && player().isPlaying());
         QCOMPARE(m_view->cursor().shape(), Qt::ArrowCursor);
+        QTest::mousePress(m_view.get(), Qt::LeftButton, {}, start);
+        for (const double beyond : {-20.0, 5.0, 30.0}) {
+            QTest::mouseMove(m_view.get(), QPoint(qRound(bounds.maxX + beyond), start.y()));
+            QTest::qWait(150);
+        }
+        QCOMPARE(config().currentTrackIndex(), 0);
+        QTest::mouseRelease(m_view.get(), Qt::LeftButton, {}, QPoint(qRound(bounds.maxX + 30), start.y()));
+        QTRY_COMPARE(config().currentTrackIndex(), 1);
+        QTest::qWait(300);
+        QVERIFY(config().currentTrackIndex() == 1 && player().isPlaying() && player().progress() < 0.1);
         click(Element::playPause);
         QVERIFY(!player().isPlaying() && shows(start, "player"));
     }
