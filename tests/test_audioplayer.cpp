@@ -194,7 +194,7 @@ private slots:
         StdoutCapture output;
         QString path;
         for (const char* suffix : {"opus", "ogg", "flac", "wav", "mp3", "m4a"}) {
-            path = tone(QStringLiteral("short.") + QLatin1String(suffix), Tone(0.3));
+            path = tone(QStringLiteral("Grüße é #1 %?.") + QLatin1String(suffix), Tone(0.3));
             // Decoded to the sample, without the encoder's delay or padding.
             QString error;
             const qsizetype frames = qsizetype(AudioDecoder::decodeAll(TestFiles::readFile(path), 48000, &error).size()) / 2;
