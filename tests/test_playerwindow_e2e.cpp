@@ -44,7 +44,8 @@ class PlayerWindowEndToEndTest : public QObject
     QString windowState() { return run(QStringLiteral("xprop"), {"-id", m_window, "WM_STATE"}); }
 
 private slots:
-    // Saved enlarged and floating, it starts 1.5 times larger and above other
+    // Started on a Wayland session, it comes up on X all the same. Saved
+    // enlarged and floating, it starts 1.5 times larger and above other
     // windows; a click on play is heard and Space silences it; dragged by its
     // background near the corner, it snaps there, and its settings open beside
     // it; a second launch exits at once, saying so, and raises the minimised
@@ -66,6 +67,9 @@ private slots:
         }
         m_program.setProcessChannelMode(QProcess::ForwardedChannels);
         qunsetenv("QT_QPA_PLATFORM"); // the programs started use the real X server, whatever this test uses
+        // As on a Wayland session, but with no compositor: the player must still come up, on X.
+        qputenv("WAYLAND_DISPLAY", "plinkbox-no-compositor");
+        qputenv("XDG_SESSION_TYPE", "wayland");
         m_program.start(QStringLiteral(PLINK_EXECUTABLE), {});
         QVERIFY(m_program.waitForStarted());
         QVERIFY(QTest::qWaitFor([&] {
