@@ -26,10 +26,12 @@ int main(int argc, char* argv[])
     QDir().mkpath(arguments.first());
     for (const QString& path : arguments.mid(1)) {
         QFile input(path);
-        QString error = input.errorString();
+        QString error;
         std::vector<float> samples;
         if (input.open(QIODevice::ReadOnly))
             samples = AudioDecoder::decodeAll(input.readAll(), SoundPlayer::rate, &error);
+        else
+            error = input.errorString();
         QSaveFile output(arguments.first() + '/' + QFileInfo(path).completeBaseName() + QStringLiteral(".pcm"));
         const auto size = qint64(samples.size() * sizeof(float));
         if (samples.empty() || !output.open(QIODevice::WriteOnly) ||
