@@ -65,19 +65,19 @@ bool PlaybackStream::open(QString* error)
     closeStream();
     if (!m_connection.ensureConnected(error))
         return false;
-    const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, uint32_t(m_connection.rate()), AudioDecoder::channels};
-    m_stream = pa_stream_new(m_connection.context(), "Music", &spec, nullptr);
+    const pa_sample_spec format{PA_SAMPLE_FLOAT32LE, uint32_t(m_connection.rate()), AudioDecoder::channels};
+    m_stream = pa_stream_new(m_connection.context(), "Music", &format, nullptr);
     if (!m_stream) {
         *error = QString::fromUtf8(pa_strerror(pa_context_errno(m_connection.context())));
         return false;
     }
     pa_stream_set_state_callback(m_stream, &PlaybackStream::stateChanged, this);
     pa_stream_set_write_callback(m_stream, &PlaybackStream::writeRequested, this);
-    const auto bytes = [&](double seconds) { return uint32_t(seconds * spec.rate) * uint32_t(frameBytes); };
+    const auto bytes = [&](double seconds) { return uint32_t(seconds * format.rate) * uint32_t(frameBytes); };
     const pa_buffer_attr buffer{uint32_t(-1), bytes(bufferSeconds), bytes(startSeconds), bytes(refillSeconds),
                                 uint32_t(-1)};
     pa_cvolume volume;
-    pa_cvolume_set(&volume, spec.channels, pa_sw_volume_from_linear(m_volume));
+    pa_cvolume_set(&volume, format.channels, pa_sw_volume_from_linear(m_volume));
     const auto flags = PA_STREAM_START_CORKED;
     m_paused = true;
     if (pa_stream_connect_playback(m_stream, nullptr, &buffer, flags, &volume, nullptr) == 0) {

@@ -71,8 +71,8 @@ void SoundPlayer::playSound(const QString& name)
         return;
     }
     endPlaying();
-    const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, uint32_t(rate), AudioDecoder::channels};
-    pa_stream* stream = pa_stream_new(m_connection->context(), "Interface sound", &spec, nullptr);
+    const pa_sample_spec format{PA_SAMPLE_FLOAT32LE, uint32_t(rate), AudioDecoder::channels};
+    pa_stream* stream = pa_stream_new(m_connection->context(), "Interface sound", &format, nullptr);
     if (!stream) {
         printLine(couldNotPlay(name, QString::fromUtf8(pa_strerror(pa_context_errno(m_connection->context())))));
         return;
