@@ -1,5 +1,6 @@
 // The store and its themes; small pictures of one colour stand in for the real ones.
 #include "store/config.h"
+#include "store/fileio.h"
 #include "store/jsonreader.h"
 #include "store/jsonwriter.h"
 #include "support/stdoutcapture.h"
@@ -49,10 +50,12 @@ struct Move {
     int to;
 };
 
-enum class Action { start, createPlaylist, deletePlaylist, writeDefaultTheme, fillDisk };
+enum class Action { start, createPlaylist, deletePlaylist, writeDefaultTheme, fillDisk, writeTracks };
 
-// A fault: what stands where (in Documents; "playlist": a playlist's file),
-// what is done then, and how each printed line begins; a "text" holds content.
+// A fault: what stands where (in Documents; "playlist": a playlist's file) or
+// which write fails ("write n": the nth write or sync, "limit": a file-size
+// limit), what is done then, and how each printed line begins ('@': the file
+// written); a "text" holds content, a theme written its name.
 struct Fault {
     QString thing, where;
     Action action;
@@ -368,8 +371,10 @@ private slots:
         QCOMPARE(layout("neo-cherry"), config.geometry());
     }
 
-    // Something else where the store's files and folders belong, or a full
-    // disk: one clear line per failure, no crash, and no file lost or cut short.
+    // Something else where the store's files and folders belong, or a write
+    // that fails (a full disk, as the bytes or their sync are written, or a
+    // file-size limit that cuts them short): one clear line per failure, no
+    // crash, and no file lost, cut short or left beside it.
     void faultsAreReportedAndFilesKept_data()
     {
         QTest::addColumn<Fault>("fault");
@@ -377,7 +382,8 @@ private slots:
         const QString created = "New playlist written successfully.", settings = "plinkBox-1/plinkBox-settings.json";
         QTest::newRow("file for the application folder")
             << Fault{"file", "plinkBox-1", Action::createPlaylist, {"Could not write", saveFailed}};
-        QTest::newRow("file for the Themes folder") << Fault{"file", "plinkBox/Themes", Action::writeDefaultTheme, {writeFailed}};
+        // A theme's name of two lines: the message stays one line.
+        QTest::newRow("file for the Themes folder") << Fault{"file", "plinkBox/Themes", Action::writeDefaultTheme, {writeFailed}, "two\nlines"};
         // A first start that cannot make the Themes folder goes on.
         QTest::newRow("file for plinkBox") << Fault{"file", "plinkBox", Action::start, {"Could not create the folder", created}};
         QTest::newRow("folder for a playlist") << Fault{"folder", "playlist", Action::deletePlaylist, {created, "Failed to delete playlist file: "}};
@@ -388,6 +394,15 @@ private slots:
         QTest::newRow("empty theme name") << Fault{"text", settings, Action::start, {created}, toJson(SettingsData{})};
         // A file-size limit makes writes fail part way (EFBIG, for root too), as on a full disk.
         QTest::newRow("full disk") << Fault{"limit", "playlist", Action::fillDisk, {writeFailed, saveFailed}};
+        const QString cannot = "Could not write \"@\": ", full = "No space left on device";
+        const std::tuple<const char*, QString, Action, QString> writes[]{
+            {"tracks", "playlist", Action::writeTracks, writeFailed + cannot},
+            {"theme.json", "plinkBox/Themes/mini-blueberry/theme.json", Action::writeDefaultTheme, writeFailed + cannot}};
+        for (const auto& [name, where, action, line] : writes) {
+            QTest::addRow("%s: disk full", name) << Fault{"write 1", where, action, {line + full}};
+            QTest::addRow("%s: disk full at the sync", name) << Fault{"write 2", where, action, {line + full}};
+            QTest::addRow("%s: size limit", name) << Fault{"limit", where, action, {line + "File too large"}};
+        }
     }
     void faultsAreReportedAndFilesKept()
     {
@@ -398,7 +413,9 @@ private slots:
         const QString path = fault.where == "playlist" ? config.playlistFileURL(mine) : TestEnvironment::documents() + '/' + fault.where;
         if (fault.action == Action::start) // a first start
             TestEnvironment::wipeHome();
-        if (fault.thing != "limit")
+        const int failingStep = fault.thing.startsWith("write") ? fault.thing.back().digitValue() : 0;
+        const bool writeFails = failingStep > 0 || fault.thing == "limit";
+        if (!writeFails)
             QVERIFY(QDir(path).removeRecursively() && (!QFile::exists(path) || QFile::remove(path)) && QDir().mkpath(QFileInfo(path).path()));
         if (fault.thing == "file" || fault.thing == "folder")
             QVERIFY(writeFile(fault.thing == "file" ? path : path + "/keep.txt", "mine"));
@@ -406,28 +423,36 @@ private slots:
             QVERIFY(writeFile(path, fault.content) && writeFile(path + ".broken", "kept before"));
         else if (fault.thing == "pipe")
             QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
-        const QByteArray before = fault.thing == "limit" ? readFile(path) + readFile(settingsPath()) : QByteArray();
+        else // the old bytes differ from any new ones
+            QVERIFY(writeFile(path, readFile(path) + ' '));
+        const QByteArray old = writeFails ? readFile(path) + readFile(settingsPath()) : QByteArray();
         const QStringList folder = QDir(QFileInfo(path).path()).entryList(QDir::AllEntries | QDir::Hidden);
         rlimit saved{};
         getrlimit(RLIMIT_FSIZE, &saved);
-        const rlimit limited{12 * 1024, saved.rlim_max};
+        // Below every file written, above the line printed.
+        const rlimit limited{fault.thing == "limit" ? 1024 : saved.rlim_cur, saved.rlim_max};
         std::signal(SIGXFSZ, SIG_IGN);
         StdoutCapture out;
         alarm(60); // a read or write that waits for ever ends the test as a failure
+        failNthWrite(failingStep);
+        setrlimit(RLIMIT_FSIZE, &limited);
         switch (fault.action) {
         case Action::start: Config(); break;
         case Action::createPlaylist: config.createPlaylist(); break;
         case Action::deletePlaylist: config.deletePlaylist(mine); break;
-        case Action::writeDefaultTheme: config.writeDefaultTheme("two\nlines"); break; // a message stays one line
-        case Action::fillDisk: // both new files several times larger than the room left
-            config.setPlaylists({{mine, QString(64 * 1024, 'x')}});
-            setrlimit(RLIMIT_FSIZE, &limited);
-            config.writePlaylistTracks(mine, QList<Track>(400, Track::make("file:///music/album/track.mp3", "A song", "Somebody")));
+        case Action::writeDefaultTheme: config.writeDefaultTheme(fault.content.isEmpty() ? config.currentTheme() : fault.content); break;
+        case Action::fillDisk: // both new files larger than the limit
+            config.setPlaylists({{mine, QString(1024, 'x')}});
+            config.writePlaylistTracks(mine, QList<Track>(20, Track::make("file:///music/a.mp3", "A song", "Somebody")));
             config.saveSettings();
-            setrlimit(RLIMIT_FSIZE, &saved);
+            break;
+        case Action::writeTracks: config.writePlaylistTracks(mine, QList<Track>(20, Track::make("file:///music/a.mp3", "A song", "Somebody")));
         }
+        setrlimit(RLIMIT_FSIZE, &saved);
+        failNthWrite(0);
         alarm(0);
-        const auto begins = [](const QString& line, const QString& start) { return line.startsWith(start); };
+        const QString named = fault.action == Action::createPlaylist ? config.playlistFileURL(config.playlists().last().id) : path;
+        const auto begins = [&](const QString& line, QString start) { return line.startsWith(start.replace('@', named)); };
         QVERIFY2(std::ranges::equal(out.lines(), fault.printed, begins), qPrintable(out.text()));
         if (fault.thing == "file" || fault.thing == "folder")
             QCOMPARE(readFile(fault.thing == "file" ? path : path + "/keep.txt"), "mine");
@@ -436,9 +461,8 @@ private slots:
                     && storedSettings().currentTheme == "mini-blueberry");
         if (fault.action == Action::deletePlaylist)
             QVERIFY(config.playlists().size() == 1 && config.playlists().first().id != mine && storedSettings().playlists == config.playlists());
-        // The atomic write leaves no temporary file, the plain one puts back what it cut short.
-        if (fault.thing == "limit")
-            QVERIFY(readFile(path) + readFile(settingsPath()) == before && QDir(QFileInfo(path).path()).entryList(QDir::AllEntries | QDir::Hidden) == folder);
+        if (writeFails)
+            QVERIFY(readFile(path) + readFile(settingsPath()) == old && QDir(QFileInfo(path).path()).entryList(QDir::AllEntries | QDir::Hidden) == folder);
     }
 };
 

@@ -4,15 +4,34 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <unistd.h>
 
 namespace {
 
 QString quoted(const QString& path)
 {
     return QLatin1Char('"') + path + QLatin1Char('"');
+}
+
+QString systemError(int code)
+{
+    return QString::fromStdString(std::system_category().message(code));
+}
+
+int s_failingStep = 0; // the test hook: see failNthWrite
+
+// True, with errno set as on a full disk, for the write or sync the test hook chose.
+bool failsForTest()
+{
+    if (s_failingStep <= 0 || --s_failingStep > 0)
+        return false;
+    errno = ENOSPC;
+    return true;
 }
 
 } // namespace
@@ -62,17 +81,36 @@ QString writeFilePlain(const QString& path, const QByteArray& bytes)
 
 QString writeFileAtomic(const QString& path, const QByteArray& bytes)
 {
+    // Unbuffered, so that a failed write shows here: QSaveFile (Qt 6.4) puts its
+    // temporary file in place even when the flush at its commit failed. Synced
+    // here, because its own sync does not report a failure.
+    const QString cannot = QStringLiteral("Could not write %1: ").arg(quoted(path));
+    const QFileInfo before(path);
+    if (before.exists() && !before.isFile())
+        return cannot + QStringLiteral("it is not a regular file");
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return QStringLiteral("Could not write %1: %2").arg(quoted(path), file.errorString());
-    if (file.write(bytes) != bytes.size()) {
-        const QString error = file.errorString();
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        return cannot + file.errorString();
+    if (failsForTest() || file.write(bytes) != bytes.size() || failsForTest() || ::fsync(file.handle()) != 0) {
+        const QString error = file.error() == QFileDevice::NoError ? systemError(errno) : file.errorString();
         file.cancelWriting();
-        return QStringLiteral("Could not write %1: %2").arg(quoted(path), error);
+        return cannot + error;
     }
     if (!file.commit())
-        return QStringLiteral("Could not write %1: %2").arg(quoted(path), file.errorString());
-    return {};
+        return cannot + file.errorString();
+    // The rename is not on the disk before its folder is.
+    const QByteArray folder = QFile::encodeName(QFileInfo(path).canonicalPath());
+    const int fd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool synced = fd >= 0 && (::fsync(fd) == 0 || errno == EINVAL); // EINVAL: cannot sync folders
+    const QString error = synced ? QString() : cannot + systemError(errno);
+    if (fd >= 0)
+        ::close(fd);
+    return error;
+}
+
+void failNthWrite(int n)
+{
+    s_failingStep = n;
 }
 
 QString removeFile(const QString& path)
