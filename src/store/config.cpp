@@ -163,7 +163,7 @@ SettingsData Config::settingsForSaving() const
 
 void Config::writeSettings(const SettingsData& data)
 {
-    const QString error = writeFilePlain(settingsFileURL(), toJson(data));
+    const QString error = writeFileAtomic(settingsFileURL(), toJson(data));
     if (!error.isEmpty())
         printLine(QStringLiteral("Failed to save JSON data: ") + error);
 }

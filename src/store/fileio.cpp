@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
-#include <optional>
 #include <system_error>
 #include <unistd.h>
 
@@ -47,36 +46,6 @@ QString makeFolder(const QString& path)
         ec = std::make_error_code(std::errc::not_a_directory);
     return QStringLiteral("Could not create the folder %1: %2")
         .arg(quoted(path), QString::fromStdString(ec.message()));
-}
-
-QString writeFilePlain(const QString& path, const QByteArray& bytes)
-{
-    // A plain write replaces the file in place, so a write that cannot finish
-    // (a full disk) would leave it cut off: what was there is put back then.
-    const QFileInfo before(path);
-    if (before.exists() && !before.isFile() && !before.isDir())
-        return QStringLiteral("Could not write %1: it is not a regular file").arg(quoted(path));
-    const bool nothingThere = !before.exists() && !before.isSymLink();
-    std::optional<QByteArray> previous;
-    if (before.isFile()) {
-        QFile old(path);
-        if (old.open(QIODevice::ReadOnly))
-            previous = old.readAll();
-    }
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return QStringLiteral("Could not write %1: %2").arg(quoted(path), file.errorString());
-    if (file.write(bytes) == bytes.size() && file.flush())
-        return {};
-    const QString error = QStringLiteral("Could not write %1: %2").arg(quoted(path), file.errorString());
-    file.close();
-    if (previous) {
-        if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-            file.write(*previous);
-    } else if (nothingThere) {
-        file.remove();
-    }
-    return error;
 }
 
 QString writeFileAtomic(const QString& path, const QByteArray& bytes)
@@ -161,7 +130,10 @@ QString keepBrokenCopy(const QString& path)
     QString target = path + QLatin1String(".broken");
     for (int n = 2; existsAt(target) && n < 1000; ++n)
         target = path + QLatin1String(".broken-") + QString::number(n);
-    if (existsAt(target) || !QFile::copy(path, target))
+    // As careful as the write that follows it, so that no power cut keeps the
+    // new file and loses the copy.
+    const FileBytes old = readWholeFile(path);
+    if (existsAt(target) || !old.bytes || !writeFileAtomic(target, *old.bytes).isEmpty())
         return {};
     return target;
 }

@@ -10,12 +10,12 @@
 // one-line, human-readable description of what failed otherwise.
 
 QString makeFolder(const QString& path);                   // with missing parents
-QString writeFilePlain(const QString& path, const QByteArray& bytes);
 QString removeFile(const QString& path);
 
-// The bytes are written beside the file, checked, synced and renamed over it,
-// and its folder is synced, so that a full disk, a crash or a power cut leaves
-// the old file or the new one, whole.
+// Every file the program writes goes through here: the bytes are written
+// beside the file, checked, synced and renamed over it, and its folder is
+// synced, so that a full disk, a crash or a power cut leaves the old file or
+// the new one, whole.
 QString writeFileAtomic(const QString& path, const QByteArray& bytes);
 // For tests: the nth write or sync from now on fails as on a full disk (0: none).
 void failNthWrite(int n);

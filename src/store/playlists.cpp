@@ -54,7 +54,7 @@ void Config::createPlaylist()
         setLastSelectedPlaylistID(0);
     const QString name = QCoreApplication::translate("Config", "Untitled");
     const QUuid id = QUuid::createUuid();
-    const QString error = writeFilePlain(playlistFileURL(id), toJson(PlaylistData{}));
+    const QString error = writeFileAtomic(playlistFileURL(id), toJson(PlaylistData{}));
     printLine(error.isEmpty() ? QStringLiteral("New playlist written successfully.") : error);
     QList<Playlist> catalogue = playlists();
     catalogue.append({id, name});

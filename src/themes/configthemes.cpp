@@ -123,7 +123,7 @@ void Config::installThemes()
             // Never replace a file that is already there; a failed copy is not reported.
             if (existsAt(target) || !source.open(QIODevice::ReadOnly))
                 continue;
-            writeFilePlain(target, source.readAll());
+            writeFileAtomic(target, source.readAll());
         }
     }
 }
