@@ -9,10 +9,10 @@
 
 #include <sndfile.h>
 
-// WAV, AIFF, FLAC, Ogg Vorbis, Opus and MP3 through libsndfile, which the
-// sound server's client library loads anyway: most files play without
-// FFmpeg in the process. MP3's encoder delay and padding are trimmed by
-// libmpg123 beneath it. Other rates than the output's go through libsoxr.
+// WAV, AIFF, FLAC, Ogg Vorbis and Opus through libsndfile, which the sound
+// server's client library loads anyway: most files play without FFmpeg in
+// the process. (MP3 goes to Mpg123Backend; libsndfile gets only what that
+// does not recognise.) Other rates than the output's go through libsoxr.
 class SndfileBackend : public DecoderBackend
 {
 public:

@@ -7,6 +7,7 @@
 #include <QStringEncoder>
 #include <QTest>
 
+#include <algorithm>
 #include <cmath>
 
 namespace AudioFixtures {
@@ -59,7 +60,11 @@ bool makeTone(const QString& path, const Tone& tone)
     if (!tone.picturePath.isEmpty())
         arguments << QStringLiteral("-i") << tone.picturePath;
     // The suffix's own codec; the bit rate is for the lossy ones.
-    arguments << QStringLiteral("-map 0:a -map_metadata -1 -b:a 128k").split(QLatin1Char(' '));
+    arguments << QStringLiteral("-map 0:a -map_metadata -1").split(QLatin1Char(' '))
+              << (tone.variableBitRate ? QStringLiteral("-q:a") : QStringLiteral("-b:a"))
+              << (tone.variableBitRate ? QStringLiteral("2") : QStringLiteral("128k"));
+    if (!tone.xingHeader)
+        arguments << QStringLiteral("-write_xing") << QStringLiteral("0");
     if (!tone.picturePath.isEmpty())
         arguments << QStringLiteral("-map 1:v -c:v copy -disposition:v attached_pic").split(QLatin1Char(' '));
     if (!tone.title.isEmpty())
@@ -83,6 +88,31 @@ bool makePicture(const QString& path, int width, int height, unsigned rgb)
         return true;
     qWarning() << "makePicture: cannot write" << path;
     return false;
+}
+
+qint64 xingFrameCount(const QByteArray& mp3)
+{
+    const QByteArray head = mp3.left(200);
+    const qsizetype at = std::max(head.indexOf("Xing"), head.indexOf("Info"));
+    // The flags, of which the lowest says a count follows.
+    return at >= 0 && at + 12 <= head.size() && (head[at + 7] & 1) ? qFromBigEndian<quint32>(head.constData() + at + 8) : -1;
+}
+
+QByteArray withVbriHeader(const QByteArray& mp3, quint32 frames)
+{
+    // The first frame's version, layer, rate and channels at 128 kbit/s, unpadded:
+    // 417 bytes, all zero but for the VBRI header 32 bytes past the frame's own
+    // (silence, to a decoder that does not know it).
+    QByteArray frame(417, '\0');
+    frame[0] = mp3[0];
+    frame[1] = mp3[1];
+    frame[2] = char(0x90 | (mp3[2] & 0x0C));
+    frame[3] = mp3[3];
+    frame.replace(36, 4, "VBRI");
+    frame[41] = 1; // version
+    qToBigEndian<quint32>(quint32(mp3.size()), frame.data() + 46);
+    qToBigEndian<quint32>(frames, frame.data() + 50);
+    return frame + mp3;
 }
 
 QByteArray id3Tag(const QList<Id3Frame>& frames, int version)
