@@ -115,7 +115,7 @@ QByteArray withVbriHeader(const QByteArray& mp3, quint32 frames)
     return frame + mp3;
 }
 
-QByteArray id3Tag(const QList<Id3Frame>& frames, int version)
+QByteArray id3Tag(const QList<Id3Frame>& frames, int version, bool extendedHeader)
 {
     QByteArray body;
     for (const Id3Frame& frame : frames) {
@@ -123,9 +123,14 @@ QByteArray id3Tag(const QList<Id3Frame>& frames, int version)
         // The id, the size, no flags.
         body += frame.id.left(4) + bigEndian(quint32(data.size()), version == 4 ? 7 : 8) + QByteArray(2, '\0') + data;
     }
-    body.append(64, '\0'); // a little padding, as taggers leave
-    // "ID3", the version, revision 0, no flags, the size.
-    return "ID3" + QByteArray(1, char(version)) + QByteArray(2, '\0') + bigEndian(quint32(body.size()), 7) + body;
+    // Its size (6, without itself in 2.3) and no flags; in 2.3 also no padding size.
+    if (extendedHeader)
+        body.prepend(version == 4 ? QByteArray("\0\0\0\6\1\0", 6) : QByteArray("\0\0\0\6\0\0\0\0\0\0", 10));
+    else
+        body.append(64, '\0'); // a little padding, as taggers leave
+    // "ID3", the version, revision 0, the flags, the size.
+    return "ID3" + QByteArray(1, char(version)) + QByteArray(1, '\0') + QByteArray(1, extendedHeader ? 0x40 : 0) +
+        bigEndian(quint32(body.size()), 7) + body;
 }
 
 bool writeId3Tag(const QString& path, const QByteArray& tag)

@@ -42,6 +42,8 @@ QByteArray withVbriHeader(const QByteArray& mp3, quint32 frames);
 // A hand-made ID3v2 tag (version 3 or 4; UTF-8 and UTF-16BE exist only in 4),
 // so that tests control the text encoding byte exactly. A text frame ("TIT2",
 // "TPE1", ...) holds text; an "APIC" frame holds PNG bytes and ignores text.
+// An extended header comes with no padding after the frames, so that a reader
+// that miscounts it loses the last ones.
 enum class Encoding : char { Latin1 = 0, Utf16 = 1, Utf16BE = 2, Utf8 = 3 };
 struct Id3Frame {
     QByteArray id;
@@ -51,7 +53,7 @@ struct Id3Frame {
 };
 inline Id3Frame textFrame(const QByteArray& id, const QString& text, Encoding encoding = Encoding::Latin1) { return {id, text, encoding, {}}; }
 inline Id3Frame pictureFrame(const QByteArray& png) { return {"APIC", {}, Encoding::Latin1, png}; }
-QByteArray id3Tag(const QList<Id3Frame>& frames, int version = 3);
+QByteArray id3Tag(const QList<Id3Frame>& frames, int version = 3, bool extendedHeader = false);
 // Puts the tag in front of an MP3 file, or as an "id3 " chunk into a WAV file.
 bool writeId3Tag(const QString& path, const QByteArray& tag);
 
