@@ -38,6 +38,10 @@ private slots:
         QTest::newRow("UTF-8 and UTF-16BE, artist first") << "utf8.mp3"
             << Frames{textFrame("TPE1", cyrillic, Utf8), textFrame("TIT2", tokyo, Utf16BE)} << 0 << false << TrackTags{tokyo, cyrillic};
         QTest::newRow("blank is missing") << "blank.mp3" << Frames{textFrame("TIT2", "  "), textFrame("TPE1", "", Utf8)} << 0 << false << TrackTags();
+        QTest::newRow("several values in a frame, a blank one left out") << "values.mp3"
+            << Frames{textFrame("TIT2", QStringList{"Intro", " ", "Outro"}.join(QChar(0)), Utf8),
+                      textFrame("TPE1", QStringList{"2 Unlimited", "Ray", "Anita"}.join(QChar(0)))}
+            << 0 << false << TrackTags{"Intro / Outro", "2 Unlimited / Ray / Anita"};
         QTest::newRow("ID3v2.3, extended header") << "extended.mp3" << Frames{textFrame("TIT2", cafe), textFrame("TPE1", bjork)}
             << 3 << false << TrackTags{cafe, bjork};
         QTest::newRow("ID3v2.4 chunk of a WAV file, extended header") << "chunk.wav"

@@ -41,9 +41,9 @@ QByteArray withVbriHeader(const QByteArray& mp3, quint32 frames);
 
 // A hand-made ID3v2 tag (version 3 or 4; UTF-8 and UTF-16BE exist only in 4),
 // so that tests control the text encoding byte exactly. A text frame ("TIT2",
-// "TPE1", ...) holds text; an "APIC" frame holds PNG bytes and ignores text.
-// An extended header comes with no padding after the frames, so that a reader
-// that miscounts it loses the last ones.
+// "TPE1", ...) holds text, several values apart by a '\0'; an "APIC" frame
+// holds PNG bytes and ignores text. An extended header comes with no padding
+// after the frames, so that a reader that miscounts it loses the last ones.
 enum class Encoding : char { Latin1 = 0, Utf16 = 1, Utf16BE = 2, Utf8 = 3 };
 struct Id3Frame {
     QByteArray id;
