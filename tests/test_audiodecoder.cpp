@@ -12,19 +12,12 @@ using namespace AudioFixtures;
 
 namespace {
 
-// An APEv2 tag: header, one item, footer; its size counts the item and the footer.
+// An APEv2 tag: header, one item, footer. Each end: version 2000, size 50
+// (the item and the footer), 1 item, flags "has a header" (and "is it").
 QByteArray apeTag()
 {
-    const QByteArray item("\4\0\0\0\0\0\0\0Title\0Song", 18);
-    QByteArray ends[2];
-    for (int footer = 0; footer < 2; ++footer) {
-        ends[footer] = "APETAGEX" + QByteArray(24, '\0');
-        qToLittleEndian<quint32>(2000, ends[footer].data() + 8);
-        qToLittleEndian<quint32>(quint32(item.size() + 32), ends[footer].data() + 12);
-        ends[footer][16] = 1; // items
-        qToLittleEndian<quint32>(footer ? 0x80000000 : 0xa0000000, ends[footer].data() + 20); // has a header; is it
-    }
-    return ends[0] + item + ends[1];
+    const auto end = [](char flags) { return "APETAGEX" + QByteArray("\xd0\7\0\0\x32\0\0\0\1\0\0\0\0\0\0", 15) + flags + QByteArray(8, '\0'); };
+    return end('\xa0') + QByteArray("\4\0\0\0\0\0\0\0Title\0Song", 18) + end('\x80');
 }
 
 } // namespace
