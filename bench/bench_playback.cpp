@@ -13,6 +13,7 @@
 #include "support/audiofixtures.h"
 
 #include <QEventLoop>
+#include <QFile>
 #include <QGuiApplication>
 #include <QTemporaryDir>
 #include <QTest>
@@ -51,6 +52,19 @@ double median(QList<double> values)
     return values.isEmpty() ? -1 : values.at(values.size() / 2);
 }
 
+// The process's resident memory in MiB, as the kernel counts it.
+double residentMiB()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024;
+    }
+    return -1;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -75,6 +89,7 @@ int main(int argc, char* argv[])
         return 1;
     QTest::qWait(2000); // past the start
     out << "CPU playing a 90-s MP3: " << QString::number(cpuPercentOver(span), 'f', 2) << " % of one core\n";
+    out << "RSS playing it:         " << QString::number(residentMiB(), 'f', 1) << " MiB\n";
     player.pause();
     QTest::qWait(500);
     out << "CPU paused:             " << QString::number(cpuPercentOver(span), 'f', 2) << " %\n";

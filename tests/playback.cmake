@@ -1,6 +1,7 @@
-# Playback: tag and picture reading; the audio engine and the interface sounds
+# Playback: tag and picture reading; decoding; the audio engine and the interface sounds
 # (they listen to the test desktop's null sink, so run them under scripts/testenv).
 plink_add_test(test_tagreader SOURCES test_tagreader.cpp LIBS plinkcore)
+plink_add_test(test_audiodecoder SOURCES test_audiodecoder.cpp LIBS plinkcore)
 plink_add_test(test_audioplayer SOURCES test_audioplayer.cpp playerfixture.h LIBS plinkplayer plinksounds)
 
 # A sound that is text, for the "could not play" path, next to the shipped ones.

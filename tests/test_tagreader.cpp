@@ -17,34 +17,44 @@ class TestTagReader : public QObject
 private slots:
     void init() { TestEnvironment::wipeHome(); }
 
-    // Hand-made ID3v2 frames hold exactly the encoding asked for; "cover" adds a red and
-    // then a blue picture, the first being the cover. Without frames the container's
-    // own tags hold Song/Band and the red cover: only an MP3's are ID3, covers come from any.
+    // Hand-made ID3v2.4 frames hold exactly the encoding asked for; "extended" makes the
+    // tag one of that version with an extended header; "cover" adds a red and then a blue
+    // picture, the first being the cover. Without frames the container's own tags hold
+    // Song/Band and the red cover: only an MP3's are ID3, covers come from any.
     void readsTitleArtistAndCover_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<Frames>("frames");
+        QTest::addColumn<int>("extended");
         QTest::addColumn<bool>("cover");
         QTest::addColumn<TrackTags>("expected");
         using enum Encoding;
         const QString cafe = "Café Olé", bjork = "Björk", cyrillic = "Добрый день ♫", tokyo = "東京事変 🎸", other = "Other";
         QTest::newRow("first of several, Latin-1; TPE2 is no artist") << "several.mp3"
             << Frames{textFrame("TPE2", other), textFrame("TIT2", cafe), textFrame("TPE1", bjork), textFrame("TIT2", other),
-                      textFrame("TPE1", other)} << true << TrackTags{cafe, bjork};
+                      textFrame("TPE1", other)} << 0 << true << TrackTags{cafe, bjork};
         QTest::newRow("UTF-16 with BOM") << "utf16.mp3"
-            << Frames{textFrame("TIT2", cyrillic, Utf16), textFrame("TPE1", tokyo, Utf16)} << false << TrackTags{cyrillic, tokyo};
+            << Frames{textFrame("TIT2", cyrillic, Utf16), textFrame("TPE1", tokyo, Utf16)} << 0 << false << TrackTags{cyrillic, tokyo};
         QTest::newRow("UTF-8 and UTF-16BE, artist first") << "utf8.mp3"
-            << Frames{textFrame("TPE1", cyrillic, Utf8), textFrame("TIT2", tokyo, Utf16BE)} << false << TrackTags{tokyo, cyrillic};
-        QTest::newRow("blank is missing") << "blank.mp3" << Frames{textFrame("TIT2", "  "), textFrame("TPE1", "", Utf8)} << false << TrackTags();
-        QTest::newRow("ID3 chunk of a WAV file") << "chunk.wav" << Frames{textFrame("TIT2", cafe)} << false << TrackTags{cafe, "Unknown artist"};
-        QTest::newRow("ffmpeg's own ID3v2.4") << "tagged.mp3" << Frames() << false << TrackTags{"Song", "Band"};
-        QTest::newRow("MP4 atoms and covr") << "atoms.m4a" << Frames() << true << TrackTags();
-        QTest::newRow("FLAC comments and picture") << "comments.flac" << Frames() << true << TrackTags();
+            << Frames{textFrame("TPE1", cyrillic, Utf8), textFrame("TIT2", tokyo, Utf16BE)} << 0 << false << TrackTags{tokyo, cyrillic};
+        QTest::newRow("blank is missing") << "blank.mp3" << Frames{textFrame("TIT2", "  "), textFrame("TPE1", "", Utf8)} << 0 << false << TrackTags();
+        QTest::newRow("several values in a frame, a blank one left out") << "values.mp3"
+            << Frames{textFrame("TIT2", QStringList{"Intro", " ", "Outro"}.join(QChar(0)), Utf8),
+                      textFrame("TPE1", QStringList{"2 Unlimited", "Ray", "Anita"}.join(QChar(0)))}
+            << 0 << false << TrackTags{"Intro / Outro", "2 Unlimited / Ray / Anita"};
+        QTest::newRow("ID3v2.3, extended header") << "extended.mp3" << Frames{textFrame("TIT2", cafe), textFrame("TPE1", bjork)}
+            << 3 << false << TrackTags{cafe, bjork};
+        QTest::newRow("ID3v2.4 chunk of a WAV file, extended header") << "chunk.wav"
+            << Frames{textFrame("TIT2", cafe), textFrame("TPE1", bjork)} << 4 << false << TrackTags{cafe, bjork};
+        QTest::newRow("ffmpeg's own ID3v2.4") << "tagged.mp3" << Frames() << 0 << false << TrackTags{"Song", "Band"};
+        QTest::newRow("MP4 atoms and covr") << "atoms.m4a" << Frames() << 0 << true << TrackTags();
+        QTest::newRow("FLAC comments and picture") << "comments.flac" << Frames() << 0 << true << TrackTags();
     }
     void readsTitleArtistAndCover()
     {
         QFETCH(QString, name);
         QFETCH(Frames, frames);
+        QFETCH(int, extended);
         QFETCH(bool, cover);
         const QString dir = TestEnvironment::documents() + '/';
         const auto picture = [&](const QString& file, unsigned rgb) { // 40 × 30 of one colour
@@ -61,7 +71,7 @@ private slots:
         }
         const QString path = dir + name;
         QVERIFY(!red.isEmpty() && makeTone(path, tone));
-        QVERIFY(frames.isEmpty() || writeId3Tag(path, id3Tag(frames, 4)));
+        QVERIFY(frames.isEmpty() || writeId3Tag(path, id3Tag(frames, extended ? extended : 4, extended)));
         // Read later, in the order asked, on the caller's thread, not at all once the context is gone.
         const QList<QUrl> urls{QUrl::fromLocalFile(dir + "missing.mp3"), QUrl(path)};
         auto* gone = new QObject;

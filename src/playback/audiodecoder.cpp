@@ -1,5 +1,6 @@
 #include "playback/audiodecoder.h"
 
+#include "playback/mpg123backend.h"
 #include "playback/sndfilebackend.h"
 
 #include <QBuffer>
@@ -73,8 +74,8 @@ std::unique_ptr<AudioDecoder> AudioDecoder::openBytes(const QByteArray& bytes, i
     return open(nullptr, &bytes, rate, error);
 }
 
-// libsndfile first, as it costs nothing more; FFmpeg for what it refuses,
-// whose reason is then the one given.
+// MPEG audio by libmpg123 itself, the rest by libsndfile first, as they cost
+// nothing more; FFmpeg for what they refuse, whose reason is then the one given.
 std::unique_ptr<AudioDecoder> AudioDecoder::open(const QString* path, const QByteArray* bytes, int rate, QString* error)
 {
     std::unique_ptr<QIODevice> input;
@@ -88,7 +89,9 @@ std::unique_ptr<AudioDecoder> AudioDecoder::open(const QString* path, const QByt
         *error = input->errorString();
         return nullptr;
     }
-    if (std::unique_ptr<SndfileBackend> backend = SndfileBackend::open(std::move(input), rate, error))
+    if (std::unique_ptr<DecoderBackend> backend = Mpg123Backend::recognises(*input)
+            ? std::unique_ptr<DecoderBackend>(Mpg123Backend::open(std::move(input), rate, error))
+            : SndfileBackend::open(std::move(input), rate, error))
         return std::unique_ptr<AudioDecoder>(new AudioDecoder(nullptr, backend.release(), rate));
     OpenWithFfmpeg openWithFfmpeg = nullptr;
     std::shared_ptr<void> module = ffmpegModule(&openWithFfmpeg, error);

@@ -9,7 +9,7 @@
 #include <vector>
 
 // One audio file decoded into interleaved stereo float samples at the
-// output's rate, by libsndfile where it opens the file and otherwise by
+// output's rate, by libmpg123 or libsndfile where they open it, otherwise by
 // FFmpeg, whose module is loaded only while such a file is open (Debian's
 // FFmpeg maps some 90 libraries, about 20 MiB). Not thread-safe: one thread
 // at a time.

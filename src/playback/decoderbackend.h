@@ -4,8 +4,8 @@
 
 #include <vector>
 
-// One way of decoding a file, behind AudioDecoder: libsndfile, or FFmpeg in
-// its own loadable module. What it gives is interleaved stereo float at the
+// One way of decoding a file, behind AudioDecoder: libmpg123, libsndfile, or
+// FFmpeg in its own loadable module. What it gives is interleaved stereo float at the
 // output rate it was opened for.
 class DecoderBackend
 {

@@ -5,6 +5,7 @@
 #include <memory>
 
 namespace TagLib {
+class ByteVectorStream;
 class File;
 namespace ID3v2 {
 class Tag;
@@ -18,6 +19,8 @@ AudioContainer sniffContainer(const QString& path);
 // A file's ID3v2 tag wherever its container keeps it: at the head of an MP3
 // (or any file that is none of the others), or in a WAV or AIFF "ID3" chunk.
 // tag() is null when the file has none; only the tag is read, never audio.
+// A tag with an extended header is read from a copy without it, which
+// TagLib 1.13 reads whole.
 class Id3TagFile
 {
 public:
@@ -29,6 +32,7 @@ public:
     TagLib::ID3v2::Tag* tag() const { return m_tag; }
 
 private:
+    std::unique_ptr<TagLib::ByteVectorStream> m_copy; // outlives the file read from it
     std::unique_ptr<TagLib::File> m_file;
     TagLib::ID3v2::Tag* m_tag = nullptr;
 };

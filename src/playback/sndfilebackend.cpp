@@ -18,7 +18,6 @@ std::unique_ptr<SndfileBackend> SndfileBackend::open(std::unique_ptr<QIODevice> 
 {
     std::unique_ptr<SndfileBackend> decoder(new SndfileBackend);
     decoder->m_input = std::move(input);
-    decoder->m_rate = rate;
     decoder->m_io = {
         [](void* in) -> sf_count_t { return device(in)->size(); },
         [](sf_count_t offset, int whence, void* in) -> sf_count_t {
@@ -41,16 +40,8 @@ std::unique_ptr<SndfileBackend> SndfileBackend::open(std::unique_ptr<QIODevice> 
         *error = QStringLiteral("Not a mono or stereo file at a plausible rate");
         return nullptr;
     }
-    if (info.samplerate != rate) {
-        const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
-        const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_HQ, 0);
-        soxr_error_t failure = nullptr;
-        decoder->m_resampler = soxr_create(info.samplerate, rate, channels, &failure, &io, &quality, nullptr);
-        if (failure) {
-            *error = QString::fromUtf8(failure);
-            return nullptr;
-        }
-    }
+    if (!decoder->m_resampler.start(info.samplerate, rate, error))
+        return nullptr;
     // The first piece is decoded now, so that a file of noise fails here.
     if (!decoder->decodeMore(decoder->m_held) || decoder->m_held.empty()) {
         *error = decoder->m_fault.isEmpty() ? QStringLiteral("No audio could be decoded") : decoder->m_fault;
@@ -61,7 +52,6 @@ std::unique_ptr<SndfileBackend> SndfileBackend::open(std::unique_ptr<QIODevice> 
 
 SndfileBackend::~SndfileBackend()
 {
-    soxr_delete(m_resampler);
     if (m_file)
         sf_close(m_file);
 }
@@ -92,36 +82,13 @@ bool SndfileBackend::decodeMore(std::vector<float>& out)
         for (sf_count_t i = count - 1; i >= 0; --i)
             m_frames[size_t(2 * i)] = m_frames[size_t(2 * i + 1)] = m_frames[size_t(i)];
     }
-    append(m_frames.data(), size_t(count), out);
+    m_resampler.append(m_frames.data(), size_t(count), out);
     return true;
-}
-
-// Frames of the file's rate, stereo, onto out at the output's rate.
-void SndfileBackend::append(const float* frames, size_t count, std::vector<float>& out)
-{
-    if (!m_resampler) {
-        out.insert(out.end(), frames, frames + count * channels);
-        return;
-    }
-    for (;;) {
-        const size_t room = size_t(std::ceil(double(count) * m_rate / m_info.samplerate)) + 64;
-        const size_t old = out.size();
-        out.resize(old + room * channels);
-        size_t used = 0, made = 0;
-        soxr_process(m_resampler, frames, count, &used, out.data() + old, room, &made);
-        out.resize(old + made * channels);
-        // Flushing (no frames) goes on until the resampler has nothing left.
-        if (frames ? used >= count : made == 0)
-            return;
-        frames += used * channels;
-        count -= used;
-    }
 }
 
 void SndfileBackend::finish(std::vector<float>& out)
 {
-    if (m_resampler)
-        append(nullptr, 0, out);
+    m_resampler.append(nullptr, 0, out);
 }
 
 void SndfileBackend::seek(double seconds)
@@ -131,6 +98,5 @@ void SndfileBackend::seek(double seconds)
     const sf_count_t frame = std::clamp<sf_count_t>(std::llround(seconds * m_info.samplerate), 0, m_info.frames);
     const sf_count_t reached = sf_seek(m_file, frame, SEEK_SET);
     m_position = reached >= 0 ? reached : m_position;
-    if (m_resampler)
-        soxr_clear(m_resampler);
+    m_resampler.clear();
 }

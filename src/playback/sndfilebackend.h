@@ -1,18 +1,18 @@
 #pragma once
 
 #include "playback/decoderbackend.h"
+#include "playback/resampler.h"
 
 #include <QIODevice>
 
 #include <memory>
 
 #include <sndfile.h>
-#include <soxr.h>
 
-// WAV, AIFF, FLAC, Ogg Vorbis, Opus and MP3 through libsndfile, which the
-// sound server's client library loads anyway: most files play without
-// FFmpeg in the process. MP3's encoder delay and padding are trimmed by
-// libmpg123 beneath it. Other rates than the output's go through libsoxr.
+// WAV, AIFF, FLAC, Ogg Vorbis and Opus through libsndfile, which the sound
+// server's client library loads anyway: most files play without FFmpeg in
+// the process. (MP3 goes to Mpg123Backend; libsndfile gets only what that
+// does not recognise.) Other rates than the output's go through libsoxr.
 class SndfileBackend : public DecoderBackend
 {
 public:
@@ -31,14 +31,12 @@ public:
 
 private:
     SndfileBackend() = default;
-    void append(const float* frames, size_t count, std::vector<float>& out);
 
     std::unique_ptr<QIODevice> m_input;
     SF_VIRTUAL_IO m_io{};
     SF_INFO m_info{};
     SNDFILE* m_file = nullptr;
-    soxr_t m_resampler = nullptr; // none when the file has the output's rate
-    int m_rate = 0;
+    Resampler m_resampler;
     sf_count_t m_position = 0; // frames of the file read so far
     std::vector<float> m_frames;
     std::vector<float> m_held; // the first piece, read by open()

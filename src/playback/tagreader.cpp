@@ -9,16 +9,26 @@
 
 #include <taglib/id3v2frame.h>
 #include <taglib/id3v2tag.h>
+#include <taglib/textidentificationframe.h>
 
 namespace {
 
-// The text of the tag's first frame with this id; empty when there is none.
+// The text of the tag's first frame with this id, its values joined by
+// " / " (ID3v2.4 keeps several artists in one frame, apart by a NUL, and
+// TagLib would join them with a bare space); empty when there is none.
 QString firstFrameText(const TagLib::ID3v2::Tag& tag, const char* id)
 {
     const TagLib::ID3v2::FrameList& frames = tag.frameListMap()[id];
     if (frames.isEmpty())
         return {};
-    return QString::fromStdWString(frames.front()->toString().toWString());
+    const auto* text = dynamic_cast<const TagLib::ID3v2::TextIdentificationFrame*>(frames.front());
+    QStringList values;
+    for (const TagLib::String& value : text ? text->fieldList() : TagLib::StringList(frames.front()->toString())) {
+        const QString part = QString::fromStdWString(value.toWString());
+        if (!part.trimmed().isEmpty())
+            values.append(part);
+    }
+    return values.join(QStringLiteral(" / "));
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <QStringEncoder>
 #include <QTest>
 
+#include <algorithm>
 #include <cmath>
 
 namespace AudioFixtures {
@@ -59,7 +60,11 @@ bool makeTone(const QString& path, const Tone& tone)
     if (!tone.picturePath.isEmpty())
         arguments << QStringLiteral("-i") << tone.picturePath;
     // The suffix's own codec; the bit rate is for the lossy ones.
-    arguments << QStringLiteral("-map 0:a -map_metadata -1 -b:a 128k").split(QLatin1Char(' '));
+    arguments << QStringLiteral("-map 0:a -map_metadata -1").split(QLatin1Char(' '))
+              << (tone.variableBitRate ? QStringLiteral("-q:a") : QStringLiteral("-b:a"))
+              << (tone.variableBitRate ? QStringLiteral("2") : QStringLiteral("128k"));
+    if (!tone.xingHeader)
+        arguments << QStringLiteral("-write_xing") << QStringLiteral("0");
     if (!tone.picturePath.isEmpty())
         arguments << QStringLiteral("-map 1:v -c:v copy -disposition:v attached_pic").split(QLatin1Char(' '));
     if (!tone.title.isEmpty())
@@ -85,7 +90,32 @@ bool makePicture(const QString& path, int width, int height, unsigned rgb)
     return false;
 }
 
-QByteArray id3Tag(const QList<Id3Frame>& frames, int version)
+qint64 xingFrameCount(const QByteArray& mp3)
+{
+    const QByteArray head = mp3.left(200);
+    const qsizetype at = std::max(head.indexOf("Xing"), head.indexOf("Info"));
+    // The flags, of which the lowest says a count follows.
+    return at >= 0 && at + 12 <= head.size() && (head[at + 7] & 1) ? qFromBigEndian<quint32>(head.constData() + at + 8) : -1;
+}
+
+QByteArray withVbriHeader(const QByteArray& mp3, quint32 frames)
+{
+    // The first frame's version, layer, rate and channels at 128 kbit/s, unpadded:
+    // 417 bytes, all zero but for the VBRI header 32 bytes past the frame's own
+    // (silence, to a decoder that does not know it).
+    QByteArray frame(417, '\0');
+    frame[0] = mp3[0];
+    frame[1] = mp3[1];
+    frame[2] = char(0x90 | (mp3[2] & 0x0C));
+    frame[3] = mp3[3];
+    frame.replace(36, 4, "VBRI");
+    frame[41] = 1; // version
+    qToBigEndian<quint32>(quint32(mp3.size()), frame.data() + 46);
+    qToBigEndian<quint32>(frames, frame.data() + 50);
+    return frame + mp3;
+}
+
+QByteArray id3Tag(const QList<Id3Frame>& frames, int version, bool extendedHeader)
 {
     QByteArray body;
     for (const Id3Frame& frame : frames) {
@@ -93,9 +123,14 @@ QByteArray id3Tag(const QList<Id3Frame>& frames, int version)
         // The id, the size, no flags.
         body += frame.id.left(4) + bigEndian(quint32(data.size()), version == 4 ? 7 : 8) + QByteArray(2, '\0') + data;
     }
-    body.append(64, '\0'); // a little padding, as taggers leave
-    // "ID3", the version, revision 0, no flags, the size.
-    return "ID3" + QByteArray(1, char(version)) + QByteArray(2, '\0') + bigEndian(quint32(body.size()), 7) + body;
+    // Its size (6, without itself in 2.3) and no flags; in 2.3 also no padding size.
+    if (extendedHeader)
+        body.prepend(version == 4 ? QByteArray("\0\0\0\6\1\0", 6) : QByteArray("\0\0\0\6\0\0\0\0\0\0", 10));
+    else
+        body.append(64, '\0'); // a little padding, as taggers leave
+    // "ID3", the version, revision 0, the flags, the size.
+    return "ID3" + QByteArray(1, char(version)) + QByteArray(1, '\0') + QByteArray(1, extendedHeader ? 0x40 : 0) +
+        bigEndian(quint32(body.size()), 7) + body;
 }
 
 bool writeId3Tag(const QString& path, const QByteArray& tag)

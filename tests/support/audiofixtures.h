@@ -15,6 +15,8 @@ namespace AudioFixtures {
 // sample for sample), silent from silentFrom to silentTo. The suffix picks the
 // container (.mp3 .flac .ogg .opus .m4a .wav); title, artist and picture go
 // into its own tags. An untagged .mp3 has no ID3 tag, ready for writeId3Tag().
+// An .mp3 is 128 kbit/s or of a variable bit rate, with a Xing/Info header
+// (which also holds the encoder's delay and padding) or none.
 struct Tone {
     explicit Tone(double length = 2.0) : seconds(length) {}
     double seconds;
@@ -23,15 +25,25 @@ struct Tone {
     double silentFrom = 0, silentTo = 0;
     QString title, artist;
     QString picturePath; // a PNG or JPEG embedded as the cover
+    bool variableBitRate = false;
+    bool xingHeader = true;
 };
 bool makeTone(const QString& path, const Tone& tone = Tone());
 
 // A solid-colour PNG, for covers.
 bool makePicture(const QString& path, int width, int height, unsigned rgb);
 
+// The frame count an MP3's Xing/Info header declares; -1 without one.
+qint64 xingFrameCount(const QByteArray& mp3);
+// A 44.1-kHz MP3 without a Xing header, with a VBRI header (as Fraunhofer's
+// encoders write) declaring frames in a frame of its own in front.
+QByteArray withVbriHeader(const QByteArray& mp3, quint32 frames);
+
 // A hand-made ID3v2 tag (version 3 or 4; UTF-8 and UTF-16BE exist only in 4),
 // so that tests control the text encoding byte exactly. A text frame ("TIT2",
-// "TPE1", ...) holds text; an "APIC" frame holds PNG bytes and ignores text.
+// "TPE1", ...) holds text, several values apart by a '\0'; an "APIC" frame
+// holds PNG bytes and ignores text. An extended header comes with no padding
+// after the frames, so that a reader that miscounts it loses the last ones.
 enum class Encoding : char { Latin1 = 0, Utf16 = 1, Utf16BE = 2, Utf8 = 3 };
 struct Id3Frame {
     QByteArray id;
@@ -41,7 +53,7 @@ struct Id3Frame {
 };
 inline Id3Frame textFrame(const QByteArray& id, const QString& text, Encoding encoding = Encoding::Latin1) { return {id, text, encoding, {}}; }
 inline Id3Frame pictureFrame(const QByteArray& png) { return {"APIC", {}, Encoding::Latin1, png}; }
-QByteArray id3Tag(const QList<Id3Frame>& frames, int version = 3);
+QByteArray id3Tag(const QList<Id3Frame>& frames, int version = 3, bool extendedHeader = false);
 // Puts the tag in front of an MP3 file, or as an "id3 " chunk into a WAV file.
 bool writeId3Tag(const QString& path, const QByteArray& tag);
 

@@ -5,13 +5,14 @@
 #include <cstdio>
 #include <unistd.h>
 
-StdoutCapture::StdoutCapture()
+StdoutCapture::StdoutCapture(int fd)
+    : m_fd(fd)
 {
-    std::fflush(stdout);
+    std::fflush(nullptr);
     if (!m_file.open())
         qFatal("cannot capture standard output");
-    m_savedFd = dup(STDOUT_FILENO);
-    dup2(m_file.handle(), STDOUT_FILENO);
+    m_savedFd = dup(fd);
+    dup2(m_file.handle(), fd);
 }
 
 StdoutCapture::~StdoutCapture()
@@ -19,16 +20,16 @@ StdoutCapture::~StdoutCapture()
     // A check that failed while capturing wrote its message here: pass it on,
     // with what the program printed, or the failure would go unexplained.
     const QByteArray held = QTest::currentTestFailed() ? text().toUtf8() : QByteArray();
-    std::fflush(stdout);
-    dup2(m_savedFd, STDOUT_FILENO);
+    std::fflush(nullptr);
+    dup2(m_savedFd, m_fd);
     close(m_savedFd);
-    std::fwrite(held.constData(), 1, size_t(held.size()), stdout);
-    std::fflush(stdout);
+    std::fwrite(held.constData(), 1, size_t(held.size()), m_fd == STDERR_FILENO ? stderr : stdout);
+    std::fflush(nullptr);
 }
 
 QString StdoutCapture::text()
 {
-    std::fflush(stdout);
+    std::fflush(nullptr);
     QFile file(m_file.fileName());
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }

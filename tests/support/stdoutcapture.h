@@ -3,12 +3,13 @@
 #include <QStringList>
 #include <QTemporaryFile>
 
-// Captures what the program prints on standard output while it is alive, so
-// that a test can check the exact one-line messages.
+// Captures what the program prints on standard output (or, given its file
+// descriptor, standard error) while it is alive, so that a test can check the
+// exact one-line messages.
 class StdoutCapture
 {
 public:
-    StdoutCapture();
+    explicit StdoutCapture(int fd = 1);
     ~StdoutCapture();
     Q_DISABLE_COPY(StdoutCapture)
 
@@ -17,5 +18,6 @@ public:
 
 private:
     QTemporaryFile m_file;
+    int m_fd;
     int m_savedFd = -1;
 };
