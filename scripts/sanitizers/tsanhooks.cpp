@@ -1,4 +1,4 @@
-// Linked into the tests of a ThreadSanitizer build (tests/CMakeLists.txt):
+// Linked into every program of ours in a ThreadSanitizer build (CMakeLists.txt):
 // the hand-overs between threads that happen inside the uninstrumented C
 // library and Qt, told to the sanitizer, so that it reports only real races.
 #include <QFutureInterfaceBase>
