@@ -1,15 +1,33 @@
 // Feeds arbitrary bytes, as an audio file, to the engine's own opening and
 // decoding: the decoder over memory, read to its end, then sought to the
 // middle and read again, as play() and a seek do. A refused file must say why.
+//
+// As in the player, the FFmpeg module stays loaded while a decoder of its own
+// is open (here: a file kept open, as if it were playing) and is unloaded with
+// the last one: every 16th input runs without it, so that the module is
+// loaded for that input alone, and anything of it that outlives it (a text,
+// a table) is read after it has gone.
 #include "fuzzcheck.h"
 
 #include "playback/audiodecoder.h"
 
+#include <QFile>
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
+    static std::unique_ptr<AudioDecoder> playing;
+    static unsigned count = 0;
     QString error;
-    const auto decoder = AudioDecoder::openBytes(QByteArray(reinterpret_cast<const char*>(data), qsizetype(size)), 48000, &error);
-    if (!decoder && error.isEmpty())
+    if (++count % 16 == 0) {
+        playing.reset();
+    } else if (!playing) {
+        QFile keeper(QStringLiteral(PLINK_FUZZ_KEEPER));
+        if (!keeper.open(QIODevice::ReadOnly) || !(playing = AudioDecoder::openBytes(keeper.readAll(), 48000, &error)))
+            fuzzFault("engine", "the file kept open cannot be opened: " + error);
+    }
+    std::unique_ptr<AudioDecoder> decoder =
+        AudioDecoder::openBytes(QByteArray(reinterpret_cast<const char*>(data), qsizetype(size)), 48000, &error);
+    if (!decoder && error.toUtf8().trimmed().isEmpty())
         fuzzFault("engine", "a file refused without a reason");
     if (!decoder)
         return 0;
@@ -22,5 +40,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         }
         decoder->seek(decoder->duration() / 2);
     }
+    const QString fault = decoder->fault();
+    decoder.reset();
+    // Read after the decoder, and perhaps the module, have gone.
+    if (!fault.isEmpty() && fault.toUtf8().trimmed().isEmpty())
+        fuzzFault("engine", "a fault without words");
     return 0;
 }

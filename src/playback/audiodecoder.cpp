@@ -12,10 +12,6 @@
 
 #include <dlfcn.h>
 
-// Linked in by builds that compile the FFmpeg decoder into themselves (the
-// fuzzer); everywhere else it is looked up in the module.
-extern "C" DecoderBackend* plinkOpenWithFfmpeg(const char*, const QByteArray*, int, QString*) __attribute__((weak));
-
 namespace {
 
 using OpenWithFfmpeg = decltype(&plinkOpenWithFfmpeg);
@@ -28,10 +24,6 @@ std::weak_ptr<void> loadedModule;
 // last decoder that holds it.
 std::shared_ptr<void> ffmpegModule(OpenWithFfmpeg* open, QString* error)
 {
-    if (plinkOpenWithFfmpeg) {
-        *open = plinkOpenWithFfmpeg;
-        return std::make_shared<int>();
-    }
     std::lock_guard lock(moduleMutex);
     std::shared_ptr<void> module = loadedModule.lock();
     if (!module) {
@@ -48,6 +40,13 @@ std::shared_ptr<void> ffmpegModule(OpenWithFfmpeg* open, QString* error)
                 (why ? QString::fromLocal8Bit(why) : QStringLiteral("plinkbox-ffmpeg.so is missing"));
             return nullptr;
         }
+        // Libraries FFmpeg brings in whose constructors allocate what nothing
+        // ever frees (pixman's table of implementations, libssh's crypto
+        // set-up): loaded again with the module, they would take a little
+        // more memory each time. They stay once loaded (about 2 MiB with what
+        // they need), and the rest of FFmpeg still goes with the module.
+        for (const char* leaky : {"libpixman-1.so.0", "libssh-gcrypt.so.4"})
+            dlopen(leaky, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
         module = std::shared_ptr<void>(handle, [](void* loaded) {
             std::lock_guard unloading(moduleMutex);
             dlclose(loaded);
@@ -60,6 +59,13 @@ std::shared_ptr<void> ffmpegModule(OpenWithFfmpeg* open, QString* error)
         return nullptr;
     }
     return module;
+}
+
+// A copy in memory of our own: a text made in the FFmpeg module may point
+// into the module's constant data, which is unmapped when it is unloaded.
+QString owned(const QString& text)
+{
+    return text.isEmpty() ? QString() : QString(text.constData(), text.size());
 }
 
 } // namespace
@@ -100,8 +106,11 @@ std::unique_ptr<AudioDecoder> AudioDecoder::open(const QString* path, const QByt
     // The file system's own bytes for the name: any letters, '#', '%' or '?'.
     const QByteArray name = path ? QFile::encodeName(*path) : QByteArray();
     DecoderBackend* backend = openWithFfmpeg(path ? name.constData() : nullptr, bytes, rate, error);
-    if (!backend)
+    if (!backend) {
+        // The reason may be a literal in the module, which goes with it.
+        *error = owned(*error);
         return nullptr;
+    }
     return std::unique_ptr<AudioDecoder>(new AudioDecoder(std::move(module), backend, rate));
 }
 
@@ -149,7 +158,7 @@ qsizetype AudioDecoder::read(float* out, qsizetype frames)
         if (m_backend->decodeMore(m_pending))
             continue;
         m_inputDone = true;
-        m_fault = m_backend->fault();
+        m_fault = owned(m_backend->fault());
         // A file cut short: its length says more than what could be decoded.
         const double length = duration(), decoded = m_backend->decodedTo();
         if (m_fault.isEmpty() && length > 0 && decoded + std::max(1.0, length / 50) < length)
