@@ -3,6 +3,7 @@
 #include <QUrl>
 
 #include <functional>
+#include <utility>
 
 // The file AudioPlayer has open, as it plays: its place, length and volume.
 // A new one is made for every file opened or joined, so a new file starts at
@@ -17,6 +18,9 @@ public:
     double duration() const { return m_duration; } // seconds
     quint64 token() const { return m_token; }      // tells the engine's tracks apart
     float volume() const { return m_volume; }
+    // True the first time only: a file read again (played anew, rewound by
+    // a stop) reaches the same damage again, and it is told once.
+    bool firstFault() { return !std::exchange(m_faultTold, true); }
     void setVolume(float volume) { m_volume = volume; }
     // Milliseconds into the file that the listener hears now.
     qint64 position() const
@@ -31,5 +35,6 @@ private:
     quint64 m_token;
     std::function<double(quint64)> m_heard;
     float m_volume = 1.0f;
+    bool m_faultTold = false;
     mutable qint64 m_lastPosition = 0;
 };

@@ -65,8 +65,8 @@ bool AudioPlayer::openStream(QString* error)
             armWaypoint();
         }, Qt::QueuedConnection);
         connect(m_stream.get(), &PlaybackStream::trackFault, this, [this](quint64 token, const QString& reason) {
-            const AudioFile* file = m_file && m_file->token() == token ? m_file.get() : m_queuedFile.get();
-            if (file && file->token() == token)
+            AudioFile* file = m_file && m_file->token() == token ? m_file.get() : m_queuedFile.get();
+            if (file && file->token() == token && file->firstFault())
                 printLine(QStringLiteral("Error: Could not play ") + displayName(file->url()) +
                           QStringLiteral(" to its end. Error: ") + reason);
         }, Qt::QueuedConnection);

@@ -5,6 +5,7 @@
 #include <pulse/context.h>
 #include <pulse/error.h>
 #include <pulse/introspect.h>
+#include <pulse/mainloop-api.h>
 #include <pulse/rtclock.h>
 #include <pulse/stream.h>
 #include <pulse/volume.h>
@@ -19,8 +20,25 @@ constexpr size_t frameBytes = AudioDecoder::channels * sizeof(float);
 // wait for it: they cork or flush, and the server drops what it holds.
 constexpr double bufferSeconds = 2.0;
 constexpr double refillSeconds = 0.5;
-// Enough to start on after a flush; the writes that follow are far larger.
-constexpr double startSeconds = 0.02;
+
+// The server's reason in its own words is no use alone ("No such entity"):
+// say what went away, and what the next play does.
+QString serverFailure(pa_context* context)
+{
+    const int code = pa_context_errno(context);
+    const QString reason = QString::fromUtf8(pa_strerror(code ? code : PA_ERR_KILLED));
+    if (!PA_CONTEXT_IS_GOOD(pa_context_get_state(context)))
+        return QStringLiteral("The connection to the sound server was lost (%1); play again to go on from here "
+                              "once it runs").arg(reason);
+    return QStringLiteral("The sound server took away plinkBox's output (%1), as it does when the output device "
+                          "goes; play again to go on from here on the output it has now").arg(reason);
+}
+
+QString noOutput(pa_context* context)
+{
+    return QStringLiteral("The sound server has no output plinkBox can play on (%1); choose an output device and "
+                          "play again").arg(QString::fromUtf8(pa_strerror(pa_context_errno(context))));
+}
 
 void forget(pa_operation* operation)
 {
@@ -33,16 +51,30 @@ void forget(pa_operation* operation)
 PlaybackStream::PlaybackStream(QObject* parent)
     : QObject(parent)
 {
+    // One event, enabled when a fill is wanted: nothing is allocated per
+    // request, and nothing is left over when the stream goes.
+    PulseLocker locker(m_connection);
+    m_fillEvent = m_connection.api()->defer_new(m_connection.api(), [](pa_mainloop_api* api, pa_defer_event* event,
+                                                                       void* self) {
+        api->defer_enable(event, 0);
+        static_cast<PlaybackStream*>(self)->fill();
+    }, this);
+    m_connection.api()->defer_enable(m_fillEvent, 0);
 }
 
 PlaybackStream::~PlaybackStream()
 {
-    // Under the lock, so that no decoding runs while the decoders go; a fill
-    // posted before finds no stream and does nothing.
+    // Under the lock, so that no decoding runs while the decoders go.
     PulseLocker locker(m_connection);
+    m_connection.api()->defer_free(m_fillEvent);
     closeStream();
     m_active.reset();
     m_queued.reset();
+}
+
+void PlaybackStream::fillSoon()
+{
+    m_connection.api()->defer_enable(m_fillEvent, 1);
 }
 
 void PlaybackStream::closeStream()
@@ -68,13 +100,19 @@ bool PlaybackStream::open(QString* error)
     const pa_sample_spec format{PA_SAMPLE_FLOAT32LE, uint32_t(m_connection.rate()), AudioDecoder::channels};
     m_stream = pa_stream_new(m_connection.context(), "Music", &format, nullptr);
     if (!m_stream) {
-        *error = QString::fromUtf8(pa_strerror(pa_context_errno(m_connection.context())));
+        *error = noOutput(m_connection.context());
         return false;
     }
     pa_stream_set_state_callback(m_stream, &PlaybackStream::stateChanged, this);
     pa_stream_set_write_callback(m_stream, &PlaybackStream::writeRequested, this);
     const auto bytes = [&](double seconds) { return uint32_t(seconds * format.rate) * uint32_t(frameBytes); };
-    const pa_buffer_attr buffer{uint32_t(-1), bytes(bufferSeconds), bytes(startSeconds), bytes(refillSeconds),
+    // The server starts the stream (and starts it again after a flush) only
+    // once it holds what it asks for by default, about what its output reads
+    // ahead. Started on less, an output that had been idle reads past the end
+    // of what it was given and then skips that much of what follows: seconds
+    // of a track lost at its start, on a sound server with no other stream.
+    // Our first write is far larger anyway, so this costs no time.
+    const pa_buffer_attr buffer{uint32_t(-1), bytes(bufferSeconds), uint32_t(-1), bytes(refillSeconds),
                                 uint32_t(-1)};
     pa_cvolume volume;
     pa_cvolume_set(&volume, format.channels, pa_sw_volume_from_linear(m_volume));
@@ -86,7 +124,7 @@ bool PlaybackStream::open(QString* error)
             m_connection.wait();
     }
     if (pa_stream_get_state(m_stream) != PA_STREAM_READY) {
-        *error = QString::fromUtf8(pa_strerror(pa_context_errno(m_connection.context())));
+        *error = noOutput(m_connection.context());
         closeStream();
         return false;
     }
@@ -98,11 +136,8 @@ void PlaybackStream::stateChanged(pa_stream* stream, void* self)
     auto* playback = static_cast<PlaybackStream*>(self);
     const pa_stream_state_t state = pa_stream_get_state(stream);
     playback->m_connection.signal();
-    if (state == PA_STREAM_FAILED || state == PA_STREAM_TERMINATED) {
-        const int error = pa_context_errno(pa_stream_get_context(stream));
-        emit playback->failed(QStringLiteral("The sound server stopped playing: ") +
-                              QString::fromUtf8(pa_strerror(error ? error : PA_ERR_KILLED)));
-    }
+    if (state == PA_STREAM_FAILED || state == PA_STREAM_TERMINATED)
+        emit playback->failed(serverFailure(pa_stream_get_context(stream)));
 }
 
 void PlaybackStream::writeRequested(pa_stream*, size_t, void* self)
@@ -200,7 +235,12 @@ void PlaybackStream::cork(bool paused)
         return;
     // The place heard holds still while corked (the server takes back what
     // it had not played) and runs on from there at once when uncorked.
-    m_clock = Clock{heardFrames(), paused ? heardFrames() : kUnbounded, pa_rtclock_now()};
+    const pa_usec_t now = pa_rtclock_now();
+    m_clock = Clock{heardFrames(), paused ? heardFrames() : kUnbounded, now};
+    if (paused)
+        m_played += now - m_playingSince;
+    else
+        m_playingSince = now;
     if (m_stream) {
         forget(pa_stream_cork(m_stream, paused, nullptr, nullptr));
         askTiming();
@@ -242,10 +282,12 @@ void PlaybackStream::restart(double seconds)
     // A new epoch is heard from its first frame at once: the cork above made
     // the output drop what it held.
     m_clock = Clock{0, kUnbounded, pa_rtclock_now()};
+    m_played = 0;
+    m_playingSince = m_clock.at;
     m_askedTiming = false;
     if (m_stream) {
         askTiming();
-        m_connection.post([this] { fill(); });
+        fillSoon();
     }
 }
 
@@ -257,7 +299,7 @@ void PlaybackStream::queue(std::unique_ptr<AudioDecoder> next, quint64 token)
     m_queued = std::move(next);
     m_queuedToken = token;
     m_tail = Tail::decoding;
-    m_connection.post([this] { fill(); });
+    fillSoon();
 }
 
 void PlaybackStream::playToTheEnd()
@@ -266,7 +308,7 @@ void PlaybackStream::playToTheEnd()
     if (m_tail != Tail::asked)
         return;
     m_tail = Tail::last;
-    m_connection.post([this] { fill(); });
+    fillSoon();
 }
 
 void PlaybackStream::dropQueued()
@@ -282,7 +324,7 @@ void PlaybackStream::dropQueued()
     m_queued.reset();
     // The open track plays out; its end is then the ordinary one.
     m_tail = Tail::last;
-    m_connection.post([this] { fill(); });
+    fillSoon();
 }
 
 bool PlaybackStream::hasQueued()
@@ -303,7 +345,7 @@ void PlaybackStream::commitQueued()
     m_writingQueued = false;
     m_queuedFrom = -1;
     m_tail = Tail::decoding;
-    m_connection.post([this] { fill(); });
+    fillSoon();
 }
 
 void PlaybackStream::setVolume(float volume)
@@ -320,9 +362,11 @@ void PlaybackStream::setVolume(float volume)
 
 // Frames of this epoch the listener has heard: the server's last figures
 // (what the output has read of ours, less what it still holds), run on by
-// the clock since, and never past what we wrote. Only a confirmed figure
-// stays within what the output has read: the end is told by that, while the
-// scrub bar runs on smoothly between the server's figures.
+// the clock since, and never past what we wrote, nor past the time the
+// epoch has been playing: whatever the figures say, nobody hears faster
+// than the clock. Only a confirmed figure stays within what the output has
+// read: the end is told by that, while the scrub bar runs on smoothly
+// between the server's figures.
 qint64 PlaybackStream::heardFrames(bool confirmed)
 {
     const double rate = m_connection.rate();
@@ -332,7 +376,9 @@ qint64 PlaybackStream::heardFrames(bool confirmed)
     if (!m_paused && now - m_clock.at > (m_tail == Tail::drained ? 100000u : 600000u))
         askTiming();
     const qint64 running = m_paused ? 0 : qint64(double(now - m_clock.at) * rate / 1e6);
-    return std::clamp<qint64>(m_clock.heard + running, 0, std::min(confirmed ? m_clock.limit : kUnbounded, m_written));
+    const pa_usec_t played = m_played + (m_paused ? 0 : now - m_playingSince);
+    const qint64 bound = std::min({confirmed ? m_clock.limit : kUnbounded, m_written, qint64(double(played) * rate / 1e6)});
+    return std::clamp<qint64>(m_clock.heard + running, 0, bound);
 }
 
 void PlaybackStream::askTiming()

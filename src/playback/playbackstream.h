@@ -10,6 +10,7 @@
 
 class AudioDecoder;
 struct pa_stream;
+struct pa_defer_event;
 
 // The music's one stream on the sound server. The open track's decoder feeds
 // it, and a queued successor follows it in the same stream, sample for
@@ -71,6 +72,7 @@ private:
     static void writeRequested(pa_stream* stream, size_t bytes, void* self);
     static void stateChanged(pa_stream* stream, void* self);
     void fill();
+    void fillSoon();
     void restart(double seconds);
     void cork(bool paused);
     void closeStream();
@@ -80,6 +82,7 @@ private:
 
     PulseConnection m_connection{"plinkBox"};
     pa_stream* m_stream = nullptr;
+    pa_defer_event* m_fillEvent = nullptr;
     std::unique_ptr<AudioDecoder> m_active, m_queued;
     quint64 m_activeToken = 0, m_queuedToken = 0;
     bool m_writingQueued = false;
@@ -99,6 +102,10 @@ private:
     };
     static constexpr qint64 kUnbounded = std::numeric_limits<qint64>::max();
     Clock m_clock;
+    // How long this epoch has played: before m_playingSince, and since then
+    // unless corked (pa_rtclock_now() microseconds).
+    quint64 m_played = 0;
+    quint64 m_playingSince = 0;
     bool m_askedTiming = false;
     quint64 m_askedEpoch = 0;
 };

@@ -56,14 +56,9 @@ void PulseConnection::wait()
     pa_threaded_mainloop_wait(m_loop);
 }
 
-void PulseConnection::post(std::function<void()> work)
+pa_mainloop_api* PulseConnection::api() const
 {
-    auto* job = new std::function<void()>(std::move(work));
-    pa_mainloop_api_once(pa_threaded_mainloop_get_api(m_loop), [](pa_mainloop_api*, void* userdata) {
-        auto* posted = static_cast<std::function<void()>*>(userdata);
-        (*posted)();
-        delete posted;
-    }, job);
+    return pa_threaded_mainloop_get_api(m_loop);
 }
 
 void PulseConnection::disconnect()
@@ -107,7 +102,8 @@ bool PulseConnection::ensureConnected(QString* error)
         }
     }
     if (pa_context_get_state(m_context) != PA_CONTEXT_READY) {
-        *error = QStringLiteral("No sound server: ") + QString::fromUtf8(pa_strerror(pa_context_errno(m_context)));
+        *error = QStringLiteral("No sound server: %1. Start one (PulseAudio, or PipeWire's pulse server) and play "
+                                "again").arg(QString::fromUtf8(pa_strerror(pa_context_errno(m_context))));
         disconnect();
         return false;
     }

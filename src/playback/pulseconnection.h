@@ -5,6 +5,7 @@
 #include <functional>
 
 struct pa_context;
+struct pa_mainloop_api;
 struct pa_threaded_mainloop;
 
 // One client connection to the sound server (PulseAudio, or PipeWire's pulse
@@ -32,8 +33,8 @@ public:
     // Wakes a thread blocked in wait(); called from event-thread callbacks.
     void signal();
     void wait();
-    // Runs work once on the event thread, soon; call with the lock held.
-    void post(std::function<void()> work);
+    // The event thread's loop, for events of one's own; call with the lock held.
+    pa_mainloop_api* api() const;
 
     // Called on the event thread when a working connection fails.
     std::function<void()> onLost;

@@ -10,6 +10,7 @@
 
 #include <pulse/context.h>
 #include <pulse/error.h>
+#include <pulse/mainloop-api.h>
 #include <pulse/rtclock.h>
 #include <pulse/stream.h>
 
@@ -28,9 +29,11 @@ QString couldNotPlay(const QString& name, const QString& description)
 } // namespace
 
 struct SoundPlayer::Playing {
+    SoundPlayer* owner = nullptr;
     pa_stream* stream = nullptr;
     std::shared_ptr<const Sound> sound;
-    size_t written = 0; // bytes
+    size_t written = 0;              // bytes
+    pa_time_event* linger = nullptr; // set once drained: when the stream goes
 };
 
 SoundPlayer::SoundPlayer(QObject* parent)
@@ -81,7 +84,7 @@ void SoundPlayer::playSound(const QString& name)
     // server is asked for a short latency while it plays.
     const auto bytes = uint32_t(sound->samples.size() * sizeof(float));
     const pa_buffer_attr buffer{uint32_t(-1), bytes, bytes, uint32_t(-1), uint32_t(-1)};
-    m_playing = new Playing{stream, sound, 0};
+    m_playing = new Playing{this, stream, sound};
     pa_stream_set_write_callback(stream, &SoundPlayer::writeRequested, m_playing);
     pa_stream_connect_playback(stream, nullptr, &buffer, PA_STREAM_ADJUST_LATENCY, nullptr, nullptr);
 }
@@ -131,19 +134,21 @@ void SoundPlayer::writeRequested(pa_stream* stream, size_t bytes, void* userdata
     if (playing->written < total)
         return;
     pa_stream_set_write_callback(stream, nullptr, nullptr);
-    pa_operation* drain = pa_stream_drain(stream, [](pa_stream* drained, int, void*) {
+    pa_operation* drain = pa_stream_drain(stream, [](pa_stream* drained, int, void* owner) {
         // Drained means handed to the output, not yet heard: the stream goes
-        // a little later, so that its end is not cut from the output.
-        pa_stream_ref(drained);
-        pa_context_rttime_new(pa_stream_get_context(drained), pa_rtclock_now() + lingerMicroseconds,
-                              [](pa_mainloop_api* api, pa_time_event* event, const timeval*, void* lingering) {
-                                  auto* done = static_cast<pa_stream*>(lingering);
-                                  if (PA_STREAM_IS_GOOD(pa_stream_get_state(done)))
-                                      pa_stream_disconnect(done);
-                                  pa_stream_unref(done);
-                                  api->time_free(event);
-                              }, drained);
-    }, nullptr);
+        // a little later, so that its end is not cut from the output. The
+        // timer is the sound's own, so whatever ends the sound ends it too.
+        auto* self = static_cast<SoundPlayer*>(owner);
+        if (!self->m_playing || self->m_playing->stream != drained || self->m_playing->linger)
+            return;
+        self->m_playing->linger = pa_context_rttime_new(
+            pa_stream_get_context(drained), pa_rtclock_now() + lingerMicroseconds,
+            [](pa_mainloop_api*, pa_time_event* event, const timeval*, void* player) {
+                auto* sounds = static_cast<SoundPlayer*>(player);
+                if (sounds->m_playing && sounds->m_playing->linger == event)
+                    sounds->endPlaying();
+            }, self);
+    }, playing->owner);
     if (drain)
         pa_operation_unref(drain);
 }
@@ -153,6 +158,8 @@ void SoundPlayer::endPlaying()
 {
     if (!m_playing)
         return;
+    if (m_playing->linger)
+        m_connection->api()->time_free(m_playing->linger);
     pa_stream_set_write_callback(m_playing->stream, nullptr, nullptr);
     if (PA_STREAM_IS_GOOD(pa_stream_get_state(m_playing->stream)))
         pa_stream_disconnect(m_playing->stream);
