@@ -1,4 +1,5 @@
 #include "app/appdelegate.h"
+#include "app/signalquit.h"
 #include "app/singleinstance.h"
 #include "app/trackopener.h"
 
@@ -8,6 +9,7 @@ int main(int argc, char* argv[])
 {
     AppDelegate::choosePlatform();
     QApplication app(argc, argv);
+    quitOnTerminationSignals();
     QApplication::setApplicationName(QStringLiteral("plinkBox"));
     QGuiApplication::setDesktopFileName(QStringLiteral("plinkbox"));
     QList<QUrl> files;

@@ -49,7 +49,8 @@ private slots:
     // windows; a click on play is heard and Space silences it; dragged by its
     // background near the corner, it snaps there, and its settings open beside
     // it; a second launch exits at once, saying so, and raises the minimised
-    // first, or plays the file it was given; Ctrl+Q quits.
+    // first, or plays the file it was given; Ctrl+Q quits, and so does
+    // SIGTERM while it plays: cleanly, as the menu's Quit.
     void aWholeSession()
     {
         if (MonitorRecorder::source().isEmpty() || qEnvironmentVariableIsEmpty("DISPLAY")
@@ -123,6 +124,12 @@ private slots:
         xdotool({"windowactivate", "--sync", m_window});
         xdotool({"key", "ctrl+q"});
         QVERIFY2(m_program.waitForFinished(5000), "Ctrl+Q did not end the program");
+
+        m_program.start(QStringLiteral(PLINK_EXECUTABLE), {tones.at(0)});
+        QVERIFY2(levelAfter({"sleep", "0"}) > 0.05, "no sound from a file given at the start");
+        m_program.terminate();
+        QVERIFY(m_program.waitForFinished(5000));
+        QVERIFY2(m_program.exitStatus() == QProcess::NormalExit && m_program.exitCode() == 0, "SIGTERM did not quit cleanly");
     }
 };
 
