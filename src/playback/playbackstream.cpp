@@ -377,7 +377,8 @@ qint64 PlaybackStream::heardFrames(bool confirmed)
         askTiming();
     const qint64 running = m_paused ? 0 : qint64(double(now - m_clock.at) * rate / 1e6);
     const pa_usec_t played = m_played + (m_paused ? 0 : now - m_playingSince);
-    const qint64 bound = std::min({confirmed ? m_clock.limit : kUnbounded, m_written, qint64(double(played) * rate / 1e6)});
+    const qint64 bound =
+        std::min({confirmed ? m_clock.limit : kUnbounded, m_written, qint64(double(played) * rate / 1e6)});
     return std::clamp<qint64>(m_clock.heard + running, 0, bound);
 }
 
