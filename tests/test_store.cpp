@@ -473,9 +473,11 @@ private slots:
         const QByteArray notLooping = QByteArray(looping).replace("\"loopTracks\" : true", "\"loopTracks\" : false");
         for (int kill = 0; kill < 100; ++kill) {
             const pid_t child = fork();
-            for (bool loop = false; child == 0; loop = !loop) {
-                config.setLoopTracks(loop);
-                config.saveSettings();
+            if (child == 0) { // saves until it is killed
+                for (bool loop = false;; loop = !loop) {
+                    config.setLoopTracks(loop);
+                    config.saveSettings();
+                }
             }
             usleep(QRandomGenerator::global()->bounded(500, 10000));
             QVERIFY(child > 0 && ::kill(child, SIGKILL) == 0 && waitpid(child, nullptr, 0) == child);
