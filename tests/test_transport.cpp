@@ -8,6 +8,9 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <functional>
+#include <map>
+
 using PlayerFixture::printedBy;
 
 // One press: what, on which playlist and track, playing or not, looping or
@@ -91,23 +94,17 @@ private slots:
         config().setCurrentTrackIndex(press.track);
         QFile::remove(config().settingsFileURL());
         const QString& action = press.action;
-        const QStringList printed = printedBy([&] {
-            using D = Transport::Direction;
-            if (action == "play")
-                transport().playPausePressed();
-            else if (action == "minimise")
-                transport().minimiseToggled();
-            else if (action == "next" || action == "previous")
-                transport().skip(action == "next" ? D::next : D::previous);
-            else if (action == "end")
-                player().onTrackFinished();
-            else if (action.endsWith("playlist"))
-                action == "skin playlist" ? transport().selectPlaylistFromSkin(press.argument)
-                                          : transport().selectPlaylistCommand(press.argument);
-            else
-                action == "skin track" ? transport().selectTrackFromSkin(press.argument)
-                                       : transport().selectTrackCommand(press.argument);
-        });
+        const std::map<QString, std::function<void()>> actions{
+            {"play", [&] { transport().playPausePressed(); }},
+            {"minimise", [&] { transport().minimiseToggled(); }},
+            {"next", [&] { transport().skip(Transport::Direction::next); }},
+            {"previous", [&] { transport().skip(Transport::Direction::previous); }},
+            {"end", [&] { player().onTrackFinished(); }},
+            {"skin playlist", [&] { transport().selectPlaylistFromSkin(press.argument); }},
+            {"command playlist", [&] { transport().selectPlaylistCommand(press.argument); }},
+            {"skin track", [&] { transport().selectTrackFromSkin(press.argument); }},
+            {"command track", [&] { transport().selectTrackCommand(press.argument); }}};
+        const QStringList printed = printedBy(actions.at(action));
         QCOMPARE(printed, press.sound.isEmpty() ? QStringList()
                                                 : QStringList{"Error: Sound file " + press.sound + ".m4a not found."});
         QCOMPARE(config().currentTrackIndex(), press.toTrack);
