@@ -109,10 +109,8 @@ private slots:
         QTemporaryDir folder;
         PlayerFixture::Rig rig(PlayerFixture::makeTones(folder.path(), 3, 6));
         rig.config.setPlaysSounds(false);
-        int raised = 0;
         QList<QUrl> opened;
-        MprisService service(rig.config, rig.player, rig.transport, [&] { ++raised; },
-                             [&](const QList<QUrl>& urls) { opened += urls; });
+        MprisService service(rig.config, rig.player, rig.transport, [] {}, [&](const QList<QUrl>& urls) { opened += urls; });
         QVERIFY(service.registerOnSessionBus());
         // A second connection listens as a desktop's media applet would.
         QDBusConnection listener = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("listener"));
@@ -182,8 +180,6 @@ private slots:
         QCOMPARE(root.property("SupportedUriSchemes").toStringList(), QStringList{"file"});
         QCOMPARE(root.property("SupportedMimeTypes").toStringList().join(';') + ';',
                  QString::fromUtf8(entry.mid(at, entry.indexOf('\n', at) - at)));
-        root.asyncCall(QStringLiteral("Raise"));
-        QTRY_COMPARE(raised, 1);
         QDBusConnection::disconnectFromBus(QStringLiteral("listener"));
     }
 };
