@@ -43,6 +43,8 @@ public slots:
     }
 
 private slots:
+    void init() { TestEnvironment::wipeHome(); }
+
     // Names given on the command line become file URLs. A Wayland session
     // goes through XWayland, unless a platform was chosen.
     void argumentsAndThePlatformOfTheSession()
@@ -75,14 +77,10 @@ private slots:
             files.append(QUrl::fromLocalFile(folder + QLatin1Char('/') + QString::fromUtf8(name)));
             QVERIFY(AudioFixtures::makeTone(files.last().toLocalFile(), AudioFixtures::Tone(3)));
         }
-        Config config;
-        AudioPlayer player;
-        Transport transport(config, player);
-        TrackOpener opener(config, player, transport);
-        const QUuid id = config.playlists().first().id;
-        config.writePlaylistTracks(id, {Track::make(files.first().toString(QUrl::FullyEncoded), "One", "Me")});
-        transport.playCurrentTrack();
-        QSignalSpy writes(&config, &Config::playlistTracksWritten);
+        PlayerFixture::Rig rig({files.first().toLocalFile()}); // the current playlist holds the first file
+        TrackOpener opener(rig.config, rig.player, rig.transport);
+        rig.transport.playCurrentTrack();
+        QSignalSpy writes(&rig.config, &Config::playlistTracksWritten);
         QSignalSpy opened(&opener, &TrackOpener::opened);
         StdoutCapture output;
         opener.open({files.at(1), QUrl::fromLocalFile(folder + "/gone.mp3"), QUrl::fromLocalFile(folder),
@@ -90,11 +88,11 @@ private slots:
         QVERIFY(opened.wait());
         QCOMPARE(opened.first().first().toInt(), 2);
         QCOMPARE(writes.count(), 1);
-        const QList<Track> tracks = *config.readPlaylistTracks(id);
+        const QList<Track> tracks = *rig.config.readPlaylistTracks(rig.three);
         QCOMPARE(tracks.size(), 3);
         QCOMPARE(QUrl(tracks.at(1).urlString), files.at(1));
         QCOMPARE(tracks.at(2).trackName, QStringLiteral("Track")); // no tag: as the editor names it
-        QVERIFY(config.currentTrackIndex() == 1 && player.currentUrl() == files.at(1) && player.isPlaying());
+        QVERIFY(rig.config.currentTrackIndex() == 1 && rig.player.currentUrl() == files.at(1) && rig.player.isPlaying());
         QStringList lines = output.lines();
         QVERIFY(lines.size() == 3 && lines.takeLast().startsWith("Cannot open https://example.org/a.mp3: "));
         QCOMPARE(lines, (QStringList{"Cannot open " + folder + "/gone.mp3: File does not exist",
