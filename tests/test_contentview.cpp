@@ -75,11 +75,8 @@ private slots:
         // The pictures go into the current theme's folder; the skin stretches them.
         const QString folder = config().themesFolder() + QLatin1Char('/') + config().currentTheme() + QLatin1Char('/');
         QDir().mkpath(folder);
-        for (const QString& name : pictureNames) {
-            QImage picture(64, 64, QImage::Format_ARGB32);
-            picture.fill(pictureColour(name));
-            picture.save(folder + name + QStringLiteral(".png"));
-        }
+        for (const QString& name : pictureNames)
+            QVERIFY(AudioFixtures::makePicture(folder + name + QStringLiteral(".png"), 64, 64, pictureColour(name).rgb()));
         m_view = std::make_unique<ContentView>(config(), player(), m_rig->transport);
         m_view->setMovableByBackground(true);
         m_view->move(200, 200);
