@@ -10,7 +10,6 @@
 #include "support/stdoutcapture.h"
 #include "support/testenvironment.h"
 #include "support/testfiles.h"
-#include "themes/defaultlayouts.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -182,7 +181,6 @@ private slots:
         });
         choose(int(config.availableThemes().indexOf(QStringLiteral("max-graphite"))));
         QCOMPARE(savedWhenLayoutArrived, QStringLiteral("max-graphite"));
-        QCOMPARE(config.geometry(), familyLayout(ThemeFamily::max));
         config.setCurrentTheme(QStringLiteral("no-such-theme"));
         QCOMPARE(picker->currentIndex(), -1);
     }
