@@ -1,6 +1,5 @@
 #include "app/commandmenu.h"
-#include "playback/audioplayer.h"
-#include "player/transport.h"
+#include "playerfixture.h"
 #include "settings/generalsettingsview.h"
 #include "settings/playlistsettingsview.h"
 #include "settings/settingsview.h"
@@ -133,11 +132,9 @@ private slots:
     void windowIconsSpaceAndThemeChoice()
     {
         QIcon::setThemeName(QStringLiteral("no-such-theme"));
-        Config config;
-        AudioPlayer player;
-        Transport transport(config, player);
-        CommandMenu commands(config, player, transport);
-        SettingsView window(config);
+        PlayerFixture::Rig rig({});
+        CommandMenu commands(rig.config, rig.player, rig.transport);
+        SettingsView window(rig.config);
         commands.addShortcutsTo(&window);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
@@ -157,7 +154,7 @@ private slots:
         auto* box = window.findChild<QCheckBox*>(QStringLiteral("loopTracksSwitch"));
         box->setFocus();
         QTest::keyClick(box, Qt::Key_Space);
-        QVERIFY(!config.loopTracks() && playPause.isEmpty());
+        QVERIFY(!rig.config.loopTracks() && playPause.isEmpty());
         tabs->setFocus();
         QTest::keyClick(tabs, Qt::Key_Space);
         QCOMPARE(playPause.count(), 1);
@@ -169,19 +166,19 @@ private slots:
             QTest::keyClick(picker->view(), Qt::Key_Return);
         };
         QFile::remove(settingsPath());
-        QSignalSpy changes(&config, &Config::changed);
+        QSignalSpy changes(&rig.config, &Config::changed);
         QSignalSpy activations(picker, &QComboBox::activated);
         choose(picker->currentIndex());
         QVERIFY(activations.count() == 1 && changes.isEmpty() && !QFile::exists(settingsPath()));
 
         QString savedWhenLayoutArrived;
-        connect(&config, &Config::changed, this, [&](Config::Property property) {
+        connect(&rig.config, &Config::changed, this, [&](Config::Property property) {
             if (property == Config::Property::playerWidth && savedWhenLayoutArrived.isEmpty())
                 savedWhenLayoutArrived = storedSettings().currentTheme;
         });
-        choose(int(config.availableThemes().indexOf(QStringLiteral("max-graphite"))));
+        choose(int(rig.config.availableThemes().indexOf(QStringLiteral("max-graphite"))));
         QCOMPARE(savedWhenLayoutArrived, QStringLiteral("max-graphite"));
-        config.setCurrentTheme(QStringLiteral("no-such-theme"));
+        rig.config.setCurrentTheme(QStringLiteral("no-such-theme"));
         QCOMPARE(picker->currentIndex(), -1);
     }
 
