@@ -145,10 +145,9 @@ private slots:
         other.show();
         QApplication::setActiveWindow(&other);
         QVERIFY(QTest::qWaitForWindowActive(&other));
-        QSignalSpy settingsRequested(&commands, &CommandMenu::settingsRequested);
         QTest::keyClick(&other, Qt::Key_Space);
         player().setVolume(0.5f);
-        for (const Qt::Key key : {Qt::Key_L, Qt::Key_S, Qt::Key_Equal, Qt::Key_Plus, Qt::Key_Minus, Qt::Key_Comma})
+        for (const Qt::Key key : {Qt::Key_L, Qt::Key_S, Qt::Key_Equal, Qt::Key_Plus, Qt::Key_Minus})
             QTest::keyClick(&other, key, Qt::ControlModifier);
         QCOMPARE(titles(menu).mid(0, 3), (QStringList{"Pause", "Loop tracks", "Shuffle tracks ✓"}));
         QVERIFY(TestFiles::storedSettings().shuffleTracks && !TestFiles::storedSettings().loopTracks);
@@ -156,7 +155,6 @@ private slots:
         config().setShuffleTracks(false);
         config().setLoopTracks(true);
         QCOMPARE(titles(menu).mid(1, 2), (QStringList{"Loop tracks ✓", "Shuffle tracks"}));
-        QCOMPARE(settingsRequested.count(), 1);
         // Volume steps of a tenth, held at 0.
         QVERIFY(qAbs(player().volume() - 0.6f) < 1e-4f);
         player().setVolume(0.05f);
