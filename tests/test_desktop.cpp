@@ -49,12 +49,8 @@ private slots:
     // goes through XWayland, unless a platform was chosen.
     void argumentsAndThePlatformOfTheSession()
     {
-        const QList<std::pair<QString, QUrl>> arguments{
-            {"Déjà vu #1 %.mp3", QUrl::fromLocalFile(QDir::currentPath() + "/Déjà vu #1 %.mp3")},
-            {"/music/a b.flac", QUrl::fromLocalFile("/music/a b.flac")},
-            {"https://example.org/a.mp3", QUrl("https://example.org/a.mp3")}};
-        for (const auto& [argument, url] : arguments)
-            QCOMPARE(TrackOpener::fromArgument(argument), url);
+        QCOMPARE(TrackOpener::fromArgument("Déjà vu #1 %.mp3"), QUrl::fromLocalFile(QDir::currentPath() + "/Déjà vu #1 %.mp3"));
+        QCOMPARE(TrackOpener::fromArgument("https://example.org/a.mp3"), QUrl("https://example.org/a.mp3"));
         const auto platformWith = [](const char* waylandDisplay, const char* platform) {
             for (const auto& [name, value] : {std::pair{"WAYLAND_DISPLAY", waylandDisplay}, {"QT_QPA_PLATFORM", platform}})
                 *value ? qputenv(name, value) : qunsetenv(name);
