@@ -34,7 +34,6 @@ private slots:
         QTest::addColumn<double>("thumbX");
         QTest::addColumn<double>("fraction"); // -1: no seek
         QTest::newRow("left of the bar") << false << 266.5 << 3.0 << 117.5 << 0.0;
-        QTest::newRow("enlarged left") << true << 266.5 << 100.0 << 176.25 << 0.0;
         QTest::newRow("enlarged right") << true << 266.5 << 500.0 << 399.75 << 1.0;
         QTest::newRow("enlarged quarter") << true << 266.5 << 232.125 << 232.125 << 0.25;
         QTest::newRow("no travel never seeks") << false << 117.5 << 500.0 << 117.5 << -1.0;
