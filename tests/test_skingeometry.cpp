@@ -64,7 +64,6 @@ private slots:
         QTest::newRow("enlarged close") << true << false << QPointF(26, 26) << int(Element::close);
         QTest::newRow("play edge goes to fast-forward") << false << false << QPointF(209.5, 34) << int(Element::fastForward);
         QTest::newRow("art is background") << false << false << QPointF(67, 48) << -1;
-        QTest::newRow("thumb while playing") << false << true << QPointF(117.5, 65.5) << int(Element::scrubber);
         QTest::newRow("no thumb when stopped") << false << false << QPointF(117.5, 65.5) << -1;
     }
     void hitTestingFindsTheTopmostControl()
