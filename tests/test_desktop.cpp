@@ -127,7 +127,6 @@ private slots:
 
         QSignalSpy seeked(&service, &MprisService::seeked);
         playerctl("position 3");
-        QTRY_VERIFY(!seeked.isEmpty());
         QTest::qWait(500);
         QCOMPARE(seeked.size(), 1); // one seek, one announcement
         const double position = playerctl("position").toDouble();
