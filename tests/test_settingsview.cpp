@@ -330,7 +330,6 @@ private slots:
         view.addFiles(QList<QUrl>(300, QUrl::fromLocalFile(paths.at(2))));
         view.addFiles({QUrl::fromLocalFile(paths.at(0))});
         QTRY_COMPARE_WITH_TIMEOUT(added.count(), 4, 10000);
-        QCOMPARE(view.tracks().size(), 7 + 300 + 1);
         QCOMPARE(view.tracks().last().trackName, QStringLiteral("Song"));
 
         // Moving on before the tags are read: the files still go where they were added.
