@@ -183,7 +183,6 @@ private slots:
         QVERIFY(TestFiles::writeFile(config().playlistFileURL(gone), "{ not json"));
         const QStringList undecodable = printedBy([&] { transport().playPausePressed(); });
         QVERIFY2(undecodable.size() == 1 && !undecodable.first().startsWith("Error: Sound"), qPrintable(undecodable.join('|')));
-        QVERIFY(!player().isPlaying());
     }
 };
 
