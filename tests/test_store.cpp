@@ -348,13 +348,11 @@ private slots:
         QCOMPARE(out.lines().size(), 2);
         QCOMPARE(QDir(config.themesFolder()).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name),
                  (QStringList{"Neo-yuzu", "max-yuzu", "mini-lime", "neo-cherry"}));
-        const auto layout = [&](const QString& theme) {
-            return themeDataFromJson(readFile(config.themesFolder() + '/' + theme + "/theme.json")).value;
-        };
-        QCOMPARE(layout("mini-lime"), familyLayout(ThemeFamily::mini));
-        QCOMPARE(layout("max-yuzu"), familyLayout(ThemeFamily::max));
-        QCOMPARE(layout("Neo-yuzu"), config.geometry());
-        QCOMPARE(layout("neo-cherry"), config.geometry());
+        QList<std::optional<ThemeData>> layouts;
+        for (const char* theme : {"mini-lime", "max-yuzu", "Neo-yuzu", "neo-cherry"})
+            layouts.append(themeDataFromJson(readFile(config.themesFolder() + '/' + theme + "/theme.json")).value);
+        QCOMPARE(layouts, (QList<std::optional<ThemeData>>{familyLayout(ThemeFamily::mini), familyLayout(ThemeFamily::max),
+                                                           config.geometry(), config.geometry()}));
     }
 
     // Something else where the store's files and folders belong, or a write of
