@@ -113,8 +113,7 @@ private slots:
             for (const QByteArray& key : keys)
                 QTest::addRow("%s %s", file, key.constData()) << Edit{file, key, "\"renamed\" :"};
         }
-        const char* settings = "settings-defaults.json";
-        const char* theme = "theme-mini.json";
+        const char *settings = "settings-defaults.json", *theme = "theme-mini.json";
         QTest::newRow("null selection") << Edit{settings, "\"lastSelectedPlaylistID\" : 0", "\"lastSelectedPlaylistID\" : null", true};
         QTest::newRow("unknown keys") << Edit{settings, "\"playsSounds\"", "\"extra\" : {\"deep\" : [1]}, \"playsSounds\"", true};
         QTest::newRow("lower-case id") << Edit{"playlist-two-tracks.json", "A1B2C3D4-E5F6-4711-8899-AABBCCDDEEFF",
