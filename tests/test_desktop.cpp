@@ -64,8 +64,7 @@ private slots:
     // Files join the current playlist in one write, and the first of them plays.
     void openedFilesJoinThePlaylistAndPlay()
     {
-        const QString folder = TestEnvironment::home() + QStringLiteral("/Music");
-        QDir().mkpath(folder);
+        const QString folder = TestEnvironment::documents();
         QList<QUrl> files;
         for (const char* name : {"one.mp3", "Grüße #2.wav", "three.wav"}) {
             files.append(QUrl::fromLocalFile(folder + QLatin1Char('/') + QString::fromUtf8(name)));
