@@ -58,7 +58,6 @@ private slots:
         QTest::addColumn<bool>("playing");
         QTest::addColumn<QPointF>("point");
         QTest::addColumn<int>("control"); // -1: the background
-        QTest::newRow("close") << false << false << QPointF(9.5, 11) << int(Element::close);
         QTest::newRow("shared edge goes to the later minimise") << false << false << QPointF(18, 18) << int(Element::minimise);
         QTest::newRow("just outside close") << false << false << QPointF(18.5, 11) << -1;
         QTest::newRow("enlarged close") << true << false << QPointF(26, 26) << int(Element::close);
