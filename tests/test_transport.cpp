@@ -66,7 +66,6 @@ private slots:
         QTest::newRow("next while stopped") << Press{"next", 0, 1, 0, false, true, 1, false, "click"};
         QTest::newRow("next while playing") << Press{"next", 0, 1, 0, true, true, 1, true, ""};
         QTest::newRow("next past the end, no loop") << Press{"next", 0, 1, 2, false, false, 2, false, "click"};
-        QTest::newRow("previous while playing") << Press{"previous", 0, 1, 2, true, false, 1, true, ""};
         QTest::newRow("previous from the first wraps") << Press{"previous", 0, 1, 0, false, false, 2, false, "click"};
         QTest::newRow("end, middle") << Press{"end", 0, 1, 0, true, false, 1, true, ""};
         QTest::newRow("end of the last, no loop") << Press{"end", 0, 1, 2, true, false, 0, false, ""};
