@@ -17,4 +17,6 @@ set(CPACK_DEBIAN_PACKAGE_MAINTAINER "The plinkBox developers <maintainers@users.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Qt's X11 platform plugin is loaded at run time, so no library names it.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "qt6-qpa-plugins")
+# Qt's own texts (standard buttons, file dialogs) in the interface's language.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qt6-translations-l10n")
 include(CPack)
