@@ -10,6 +10,7 @@
 
 QString Config::playlistsFolder() const
 {
+    //: A folder's name on disk: keep it as it is, or another language would not find the playlists.
     return applicationFolder() + QLatin1Char('/') + QCoreApplication::translate("Config", "Playlists");
 }
 
@@ -52,6 +53,7 @@ void Config::createPlaylist()
 {
     if (lastSelectedPlaylistID() != 0)
         setLastSelectedPlaylistID(0);
+    //: The name of a new playlist
     const QString name = QCoreApplication::translate("Config", "Untitled");
     const QUuid id = QUuid::createUuid();
     const QString error = writeFileAtomic(playlistFileURL(id), toJson(PlaylistData{}));

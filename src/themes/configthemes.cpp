@@ -37,6 +37,7 @@ QString fallbackPath(const QString& picture)
 
 QString Config::themesFolder() const
 {
+    //: A folder's name on disk: keep it as it is, or another language would not find the themes.
     return m_documentDirectory + QStringLiteral("/plinkBox/")
         + QCoreApplication::translate("Config", "Themes");
 }

@@ -1,0 +1,207 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="fr" sourcelanguage="en">
+<context>
+    <name>CommandMenu</name>
+    <message>
+        <source>Player</source>
+        <translation>Lecteur</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>Lecture</translation>
+    </message>
+    <message>
+        <source>Loop tracks</source>
+        <translation>Répéter les pistes</translation>
+    </message>
+    <message>
+        <source>Shuffle tracks</source>
+        <translation>Lecture aléatoire</translation>
+    </message>
+    <message>
+        <source>Volume Up</source>
+        <translation>Monter le volume</translation>
+    </message>
+    <message>
+        <source>Volume Down</source>
+        <translation>Baisser le volume</translation>
+    </message>
+    <message>
+        <source>Playlists</source>
+        <translation>Listes de lecture</translation>
+    </message>
+    <message>
+        <source>Tracks</source>
+        <translation>Pistes</translation>
+    </message>
+    <message>
+        <source>Settings…</source>
+        <translation>Paramètres…</translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation>Quitter</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Pause</translation>
+    </message>
+</context>
+<context>
+    <name>Config</name>
+    <message>
+        <source>Playlists</source>
+        <extracomment>A folder&apos;s name on disk: keep it as it is, or another language would not find the playlists.</extracomment>
+        <translation>Playlists</translation>
+    </message>
+    <message>
+        <source>Untitled</source>
+        <extracomment>The name of a new playlist</extracomment>
+        <translation>Sans titre</translation>
+    </message>
+    <message>
+        <source>Themes</source>
+        <extracomment>A folder&apos;s name on disk: keep it as it is, or another language would not find the themes.</extracomment>
+        <translation>Themes</translation>
+    </message>
+</context>
+<context>
+    <name>ContentView</name>
+    <message>
+        <source>Close</source>
+        <translation>Fermer</translation>
+    </message>
+    <message>
+        <source>Minimise</source>
+        <translation>Réduire</translation>
+    </message>
+    <message>
+        <source>Previous track</source>
+        <translation>Piste précédente</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>Lecture</translation>
+    </message>
+    <message>
+        <source>Next track</source>
+        <translation>Piste suivante</translation>
+    </message>
+    <message>
+        <source>Playlists</source>
+        <translation>Listes de lecture</translation>
+    </message>
+    <message>
+        <source>Tracks</source>
+        <translation>Pistes</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Pause</translation>
+    </message>
+    <message>
+        <source>Edit playlists</source>
+        <translation>Modifier les listes</translation>
+    </message>
+</context>
+<context>
+    <name>GeneralSettingsView</name>
+    <message>
+        <source>Theme</source>
+        <translation>Thème</translation>
+    </message>
+    <message>
+        <source>Play sounds</source>
+        <translation>Activer les sons</translation>
+    </message>
+    <message>
+        <source>Large-sized</source>
+        <translation>Grande taille</translation>
+    </message>
+    <message>
+        <source>Floating window</source>
+        <translation>Toujours au premier plan</translation>
+    </message>
+    <message>
+        <source>Loop tracks</source>
+        <translation>Répéter les pistes</translation>
+    </message>
+    <message>
+        <source>Shuffle tracks</source>
+        <translation>Lecture aléatoire</translation>
+    </message>
+    <message>
+        <source>Takes effect the next time plinkBox starts.</source>
+        <translation>Prend effet au prochain démarrage.</translation>
+    </message>
+</context>
+<context>
+    <name>PlaylistSettingsView</name>
+    <message>
+        <source>New playlist</source>
+        <translation>Nouvelle liste de lecture</translation>
+    </message>
+    <message>
+        <source>Playlist name</source>
+        <translation>Nom de la liste de lecture</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Nom</translation>
+    </message>
+    <message>
+        <source>Remove the selected tracks</source>
+        <translation>Retirer les pistes sélectionnées</translation>
+    </message>
+    <message>
+        <source>Add tracks...</source>
+        <translation>Ajouter des pistes…</translation>
+    </message>
+    <message>
+        <source>Add track to playlist</source>
+        <translation>Ajouter des pistes à la liste de lecture</translation>
+    </message>
+    <message>
+        <source>Are you sure?</source>
+        <translation>Vraiment supprimer&#xa0;?</translation>
+    </message>
+    <message>
+        <source>Delete playlist...</source>
+        <translation>Supprimer la liste…</translation>
+    </message>
+</context>
+<context>
+    <name>SettingsView</name>
+    <message>
+        <source>Settings</source>
+        <translation>Paramètres</translation>
+    </message>
+    <message>
+        <source>General</source>
+        <translation>Général</translation>
+    </message>
+    <message>
+        <source>Playlists</source>
+        <translation>Listes de lecture</translation>
+    </message>
+</context>
+<context>
+    <name>SkinScrubBar</name>
+    <message>
+        <source>Scrub bar</source>
+        <translation>Barre de progression</translation>
+    </message>
+</context>
+<context>
+    <name>TrackTableModel</name>
+    <message>
+        <source>Name</source>
+        <translation>Titre</translation>
+    </message>
+    <message>
+        <source>Artist</source>
+        <translation>Artiste</translation>
+    </message>
+</context>
+</TS>
