@@ -30,7 +30,6 @@ class TrackFilesTest : public QObject
 private slots:
     void init()
     {
-        QFile::setPermissions(m_root + "/u/k", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         TestEnvironment::wipeHome();
         for (const QString& entry : tree) {
             const QString path = m_root + '/' + entry.section("->", 0, 0);
@@ -38,6 +37,7 @@ private slots:
         }
         QFile::setPermissions(m_root + "/u/k", {});
     }
+    void cleanup() { QFile::setPermissions(m_root + "/u/k", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner); }
 
     void foldersAreWalkedAsFileManagersListThem_data()
     {
