@@ -8,3 +8,4 @@ qt_add_resources(test_store test_theme_pictures PREFIX /themes BASE data/picture
     data/pictures/mini-blueberry-close@2x.png)
 qt_add_resources(test_store test_fallback_pictures PREFIX /fallback BASE data/pictures FILES
     data/pictures/fallback-close@2x.png)
+plink_add_test(test_trackfiles SOURCES test_trackfiles.cpp LIBS plinkcore)
