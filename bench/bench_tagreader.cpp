@@ -1,5 +1,5 @@
 // Time to read title and artist of 1,000 tagged MP3 files, on this thread and
-// through readTrackTagsAsync, and to read and decode one cover picture.
+// through collectTracksAsync, and to read and decode one cover picture.
 #include "playback/albumart.h"
 #include "playback/tagreader.h"
 #include "support/audiofixtures.h"
@@ -50,7 +50,7 @@ int main(int argc, char* argv[])
 
     QList<TrackTags> results;
     timer.restart();
-    readTrackTagsAsync(urls, &app, [&](const QList<TrackTags>& tags) { results = tags; });
+    collectTracksAsync(urls, &app, [&](const CollectedTracks& found) { results = found.tags; });
     while (results.isEmpty())
         QTest::qWait(1);
     const double async = double(timer.nsecsElapsed()) / 1e6;
@@ -61,7 +61,7 @@ int main(int argc, char* argv[])
 
     out << "readTrackTags, 1,000 files: " << QString::number(direct, 'f', 1) << " ms (" << tagged
         << " tagged)\n";
-    out << "readTrackTagsAsync, 1,000 files, until delivered: " << QString::number(async, 'f', 1) << " ms\n";
+    out << "collectTracksAsync, 1,000 files, until delivered: " << QString::number(async, 'f', 1) << " ms\n";
     out << "readAlbumArt, one 500 x 500 PNG cover: " << QString::number(art, 'f', 1) << " ms"
         << (image.isNull() ? " (no picture!)" : "") << "\n";
     return tagged == 1000 && results.size() == 1000 && !image.isNull() ? 0 : 1;

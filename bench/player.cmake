@@ -2,3 +2,9 @@
 # scripts/testenv (it needs a display and a sound server).
 add_executable(bench_player bench_player.cpp)
 target_link_libraries(bench_player PRIVATE plinkapp plinkart plinksounds plinktestsupport Qt6::Widgets plink_warnings)
+
+# A folder of 2,000 files opened from the command line, against the real
+# player. Run it under scripts/testenv.
+add_executable(bench_openfolder bench_openfolder.cpp)
+target_link_libraries(bench_openfolder PRIVATE plinkcore plinktestsupport Qt6::DBus plink_warnings)
+target_compile_definitions(bench_openfolder PRIVATE PLINK_EXECUTABLE="$<TARGET_FILE:plinkbox>")

@@ -7,7 +7,6 @@
 #include "store/console.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 TrackOpener::TrackOpener(Config& config, AudioPlayer& audioPlayer, Transport& transport, QObject* parent)
     : QObject(parent)
@@ -23,7 +22,10 @@ QStringList TrackOpener::supportedMimeTypes()
             QStringLiteral("audio/aac"),   QStringLiteral("audio/flac"),  QStringLiteral("audio/x-flac"),
             QStringLiteral("audio/ogg"),   QStringLiteral("audio/x-vorbis+ogg"), QStringLiteral("audio/x-opus+ogg"),
             QStringLiteral("audio/opus"),  QStringLiteral("audio/x-wav"), QStringLiteral("audio/wav"),
-            QStringLiteral("audio/x-aiff"), QStringLiteral("audio/aiff")};
+            QStringLiteral("audio/x-aiff"), QStringLiteral("audio/aiff"),
+            // Playlist files: their tracks are added.
+            QStringLiteral("audio/x-mpegurl"), QStringLiteral("audio/mpegurl"),
+            QStringLiteral("application/vnd.apple.mpegurl"), QStringLiteral("audio/x-scpls")};
 }
 
 QUrl TrackOpener::fromArgument(const QString& argument)
@@ -36,25 +38,11 @@ QUrl TrackOpener::fromArgument(const QString& argument)
 
 void TrackOpener::open(const QList<QUrl>& urls)
 {
-    QList<QUrl> files;
-    for (const QUrl& url : urls) {
-        if (!url.isLocalFile()) {
-            printLine(QStringLiteral("Cannot open %1: only files on this computer can be played")
-                          .arg(url.toDisplayString()));
-            continue;
-        }
-        const QFileInfo file(url.toLocalFile());
-        if (!file.isFile()) {
-            printLine(QStringLiteral("Cannot open %1: %2")
-                          .arg(file.filePath(), file.isDir() ? QStringLiteral("It is a folder, not a file")
-                                                             : QStringLiteral("File does not exist")));
-            continue;
-        }
-        files.append(QUrl::fromLocalFile(file.absoluteFilePath()));
-    }
-    if (files.isEmpty())
-        return;
-    readTrackTagsAsync(files, this, [this, files](const QList<TrackTags>& tags) { addAndPlay(files, tags); });
+    // Folders are walked and playlist files read along with the tags.
+    collectTracksAsync(urls, this, [this](const CollectedTracks& found) {
+        if (!found.files.isEmpty())
+            addAndPlay(found.files, found.tags);
+    });
 }
 
 void TrackOpener::addAndPlay(const QList<QUrl>& files, const QList<TrackTags>& tags)

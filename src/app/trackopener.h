@@ -11,9 +11,10 @@ class AudioPlayer;
 class Config;
 class Transport;
 
-// Files handed to plinkBox from outside: the command line, a file manager's
-// "Open With", a later launch, or the desktop controls' OpenUri. They join the
-// current playlist at its end, with their tags read as the playlist editor
+// Files, folders and playlist files handed to plinkBox from outside: the
+// command line, a file manager's "Open With", a later launch, a drop on the
+// player window, or the desktop controls' OpenUri. The audio files found join
+// the current playlist at its end, with their tags read as the playlist editor
 // reads them, in one write, and the first of them plays.
 class TrackOpener : public QObject
 {
@@ -22,7 +23,7 @@ class TrackOpener : public QObject
 public:
     TrackOpener(Config& config, AudioPlayer& audioPlayer, Transport& transport, QObject* parent = nullptr);
 
-    // The audio types the desktop entry and the desktop controls offer us.
+    // The types the desktop entry and the desktop controls offer us.
     static QStringList supportedMimeTypes();
     // A command-line argument as a URL: a file URL as given, a path made
     // absolute against the working folder.

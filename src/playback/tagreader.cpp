@@ -2,6 +2,7 @@
 
 #include "playback/id3tagfile.h"
 #include "store/console.h"
+#include "store/trackfiles.h"
 
 #include <QFutureWatcher>
 #include <QThread>
@@ -50,27 +51,44 @@ TrackTags readTrackTags(const QString& path)
     return tags;
 }
 
-void readTrackTagsAsync(const QList<QUrl>& urls, QObject* context,
-                        std::function<void(const QList<TrackTags>&)> done)
+void collectTracksAsync(const QList<QUrl>& handed, QObject* context,
+                        std::function<void(const CollectedTracks&)> done,
+                        std::function<void(int read, int total)> progress)
 {
     // The watcher lives on the caller's thread as the context's child, so
     // the answer comes back there, and not at all once the context is gone.
     PLINK_CHECK(context && context->thread() == QThread::currentThread(),
-                "readTrackTagsAsync called off its context's thread");
-    QStringList paths;
-    for (const QUrl& url : urls)
-        paths.append(url.isLocalFile() ? url.toLocalFile() : url.path());
-    auto* watcher = new QFutureWatcher<QList<TrackTags>>(context);
-    QObject::connect(watcher, &QFutureWatcher<QList<TrackTags>>::finished, context,
-                     [watcher, done = std::move(done)] {
-                         done(watcher->result());
-                         watcher->deleteLater();
-                     });
-    watcher->setFuture(QtConcurrent::run([paths] {
-        QList<TrackTags> result;
-        result.reserve(paths.size());
-        for (const QString& path : paths)
-            result.append(readTrackTags(path));
-        return result;
-    }));
+                "collectTracksAsync called off its context's thread");
+    using Result = std::pair<CollectedTracks, QStringList>;
+    auto* watcher = new QFutureWatcher<Result>(context);
+    QObject::connect(watcher, &QFutureWatcher<Result>::finished, context, [watcher, done = std::move(done)] {
+        if (watcher->future().resultCount() > 0) {
+            const Result result = watcher->result();
+            for (const QString& line : result.second)
+                printLine(line);
+            done(result.first);
+        }
+        watcher->deleteLater();
+    });
+    if (progress) {
+        QObject::connect(watcher, &QFutureWatcher<Result>::progressValueChanged, context,
+                         [watcher, progress = std::move(progress)](int value) { progress(value, watcher->progressMaximum()); });
+    }
+    QFuture<Result> future = QtConcurrent::run([handed](QPromise<Result>& promise) {
+        const FoundTracks found = findTracks(handed, [&promise] { return promise.isCanceled(); });
+        Result result{{found.files, {}}, found.lines};
+        const int total = int(found.files.size());
+        promise.setProgressRange(0, total);
+        result.first.tags.reserve(total);
+        for (int i = 0; i < total && !promise.isCanceled(); ++i) {
+            const QUrl& url = found.files.at(i);
+            result.first.tags.append(readTrackTags(url.toLocalFile()));
+            promise.setProgressValue(i + 1);
+        }
+        if (!promise.isCanceled())
+            promise.addResult(std::move(result));
+    });
+    // A watcher destroyed with its context cancels the walk it no longer waits for.
+    QObject::connect(watcher, &QObject::destroyed, [future]() mutable { future.cancel(); });
+    watcher->setFuture(future);
 }

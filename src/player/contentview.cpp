@@ -6,8 +6,10 @@
 
 #include <QApplication>
 #include <QBitmap>
+#include <QDropEvent>
 #include <QGuiApplication>
 #include <QMenu>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QWindow>
@@ -42,6 +44,7 @@ ContentView::ContentView(Config& config, AudioPlayer& audioPlayer, Transport& tr
     , m_transport(transport)
 {
     setMouseTracking(true);
+    setAcceptDrops(true);
     setAccessibleName(QStringLiteral("plinkBox"));
     const QString names[] = {tr("Close"),      tr("Minimise"),  tr("Previous track"), tr("Play"),
                              tr("Next track"), tr("Playlists"), tr("Tracks")};
@@ -378,6 +381,39 @@ void ContentView::contextMenuEvent(QContextMenuEvent* event)
 {
     if (m_commandMenu)
         m_commandMenu->popup(event->globalPos());
+}
+
+namespace {
+
+QList<QUrl> localUrls(const QMimeData* mime)
+{
+    QList<QUrl> urls;
+    for (const QUrl& url : mime->hasUrls() ? mime->urls() : QList<QUrl>()) {
+        if (url.isLocalFile())
+            urls.append(url);
+    }
+    return urls;
+}
+
+} // namespace
+
+// Files dropped on the player are opened as a file manager's "Open With" would.
+void ContentView::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (localUrls(event->mimeData()).isEmpty())
+        return event->ignore();
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void ContentView::dropEvent(QDropEvent* event)
+{
+    const QList<QUrl> urls = localUrls(event->mimeData());
+    if (urls.isEmpty())
+        return event->ignore();
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    emit filesDropped(urls);
 }
 
 // --- scrub bar --------------------------------------------------------

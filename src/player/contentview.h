@@ -6,6 +6,7 @@
 
 #include <QMenu>
 #include <QPointer>
+#include <QUrl>
 #include <QWidget>
 
 #include <array>
@@ -43,6 +44,8 @@ public:
 
 signals:
     void settingsRequested();
+    // Files, folders or playlist files dropped on the skin, to be opened.
+    void filesDropped(const QList<QUrl>& urls);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -51,6 +54,8 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private slots:
     void onConfigChanged(Config::Property property);

@@ -3,6 +3,7 @@
 #include "settings/themedicon.h"
 #include "settings/tracktable.h"
 #include "store/console.h"
+#include "store/trackfiles.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -12,6 +13,7 @@
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QToolButton>
@@ -47,18 +49,36 @@ PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
     m_trashButton->setToolTip(tr("Remove the selected tracks"));
     m_addButton = new QPushButton(tr("Add tracks..."), this);
     m_addButton->setObjectName(QStringLiteral("addTracksButton"));
+    m_addFolderButton = new QPushButton(tr("Add folder..."), this);
+    m_addFolderButton->setObjectName(QStringLiteral("addFolderButton"));
+    m_importButton = new QPushButton(tr("Import..."), this);
+    m_importButton->setObjectName(QStringLiteral("importButton"));
+    m_importButton->setToolTip(tr("Make a new playlist from an M3U, M3U8 or PLS file"));
+    m_exportButton = new QPushButton(tr("Export..."), this);
+    m_exportButton->setObjectName(QStringLiteral("exportButton"));
+    m_exportButton->setToolTip(tr("Save this playlist as an M3U8 file for other players"));
+    m_progress = new QProgressBar(this);
+    m_progress->setObjectName(QStringLiteral("additionProgress"));
+    m_progress->setFormat(tr("Adding %v of %m"));
+    m_progress->setAccessibleName(tr("Adding tracks"));
+    m_progress->setRange(0, 0);
+    m_progress->hide();
     m_deleteButton = new QPushButton(this);
     m_deleteButton->setObjectName(QStringLiteral("deletePlaylistButton"));
 
     auto* pickerRow = new QHBoxLayout;
     pickerRow->addWidget(m_picker);
     pickerRow->addWidget(m_newButton);
+    pickerRow->addWidget(m_importButton);
+    pickerRow->addWidget(m_exportButton);
     auto* nameRow = new QHBoxLayout;
     nameRow->addWidget(nameLabel);
     nameRow->addWidget(m_nameField);
     auto* buttonRow = new QHBoxLayout;
     buttonRow->addWidget(m_trashButton);
     buttonRow->addWidget(m_addButton);
+    buttonRow->addWidget(m_addFolderButton);
+    buttonRow->addWidget(m_progress, 1);
     buttonRow->addStretch();
     buttonRow->addWidget(m_deleteButton);
     auto* layout = new QVBoxLayout(this);
@@ -70,6 +90,10 @@ PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
     m_deleteWarningTimer.setSingleShot(true);
     m_deleteWarningTimer.setInterval(deleteWarningMilliseconds);
     connect(&m_deleteWarningTimer, &QTimer::timeout, this, [this] { setDeleteWarning(false); });
+    // A quick addition shows nothing; a long one (a whole library) its progress.
+    m_progressDelay.setSingleShot(true);
+    m_progressDelay.setInterval(progressDelayMilliseconds);
+    connect(&m_progressDelay, &QTimer::timeout, m_progress, &QWidget::show);
 
     connect(m_picker, &QComboBox::currentIndexChanged, this, [this](int index) {
         if (index >= 0)
@@ -81,6 +105,9 @@ PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
     connect(m_nameField, &QLineEdit::editingFinished, this, &PlaylistSettingsView::commitName);
     connect(m_trashButton, &QToolButton::clicked, this, &PlaylistSettingsView::removeSelectedTracks);
     connect(m_addButton, &QPushButton::clicked, this, &PlaylistSettingsView::chooseFiles);
+    connect(m_addFolderButton, &QPushButton::clicked, this, &PlaylistSettingsView::chooseFolder);
+    connect(m_importButton, &QPushButton::clicked, this, &PlaylistSettingsView::importPlaylist);
+    connect(m_exportButton, &QPushButton::clicked, this, &PlaylistSettingsView::exportSelectedPlaylist);
     connect(m_deleteButton, &QPushButton::clicked, this, &PlaylistSettingsView::onDeletePressed);
     connect(m_table, &TrackTable::filesDropped, this, &PlaylistSettingsView::addFiles);
     connect(m_table, &TrackTable::removeRequested, this, &PlaylistSettingsView::removeSelectedTracks);
@@ -164,8 +191,11 @@ void PlaylistSettingsView::updateControls()
     const bool hasPlaylist = m_selectedPlaylistID.has_value();
     m_nameField->setEnabled(hasPlaylist);
     m_addButton->setEnabled(hasPlaylist);
+    m_addFolderButton->setEnabled(hasPlaylist);
+    m_exportButton->setEnabled(hasPlaylist);
     m_deleteButton->setEnabled(hasPlaylist);
     m_trashButton->setEnabled(hasPlaylist && m_table->selectionModel()->hasSelection());
+    m_table->setPlaceholderText(hasPlaylist ? tr("Drop files or folders here, or use the buttons below.") : QString());
 }
 
 void PlaylistSettingsView::onConfigChanged(Config::Property property)
@@ -242,18 +272,23 @@ void PlaylistSettingsView::removeSelectedTracks()
     m_config.writePlaylistTracks(*m_selectedPlaylistID, m_model.tracks());
 }
 
-void PlaylistSettingsView::chooseFiles()
+QString PlaylistSettingsView::startFolder()
 {
-    setDeleteWarning(false);
-    if (!m_selectedPlaylistID)
-        return;
     if (m_lastFolder.isEmpty()) {
         m_lastFolder = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
         if (!QFileInfo(m_lastFolder).isDir())
             m_lastFolder = QDir::homePath();
     }
+    return m_lastFolder;
+}
+
+void PlaylistSettingsView::chooseFiles()
+{
+    setDeleteWarning(false);
+    if (!m_selectedPlaylistID)
+        return;
     // Files only, several at once, any type: the audio player judges what it can play.
-    const QStringList paths = QFileDialog::getOpenFileNames(this, tr("Add track to playlist"), m_lastFolder);
+    const QStringList paths = QFileDialog::getOpenFileNames(this, tr("Add track to playlist"), startFolder());
     if (paths.isEmpty())
         return;
     m_lastFolder = QFileInfo(paths.first()).absolutePath();
@@ -263,39 +298,109 @@ void PlaylistSettingsView::chooseFiles()
     addFiles(urls);
 }
 
+void PlaylistSettingsView::chooseFolder()
+{
+    setDeleteWarning(false);
+    if (!m_selectedPlaylistID)
+        return;
+    const QString folder = QFileDialog::getExistingDirectory(this, tr("Add folder to playlist"), startFolder());
+    if (folder.isEmpty())
+        return;
+    m_lastFolder = QFileInfo(folder).absolutePath();
+    addFiles({QUrl::fromLocalFile(folder)});
+}
+
+void PlaylistSettingsView::importPlaylist()
+{
+    setDeleteWarning(false);
+    const QString path = QFileDialog::getOpenFileName(this, tr("Import playlist"), startFolder(),
+                                                      tr("Playlists (*.m3u *.m3u8 *.pls)"));
+    if (path.isEmpty())
+        return;
+    m_lastFolder = QFileInfo(path).absolutePath();
+    m_config.createPlaylist();
+    QList<Playlist> catalogue = m_config.playlists();
+    // Named after its file, as the user knows it.
+    catalogue.last().name = QFileInfo(path).completeBaseName();
+    m_config.setPlaylists(catalogue);
+    m_config.saveSettings();
+    selectPlaylist(catalogue.last().id);
+    addFiles({QUrl::fromLocalFile(path)});
+}
+
+void PlaylistSettingsView::exportSelectedPlaylist()
+{
+    setDeleteWarning(false);
+    const std::optional<Playlist> playlist = selectedPlaylist();
+    if (!playlist)
+        return;
+    QString name = playlist->name;
+    name.replace(QLatin1Char('/'), QLatin1Char('-'));
+    QString path = QFileDialog::getSaveFileName(this, tr("Export playlist"), startFolder() + QLatin1Char('/') + name
+                                                + QStringLiteral(".m3u8"), tr("M3U8 playlists (*.m3u8)"));
+    if (path.isEmpty())
+        return;
+    if (QFileInfo(path).suffix().isEmpty())
+        path += QStringLiteral(".m3u8");
+    m_lastFolder = QFileInfo(path).absolutePath();
+    exportPlaylist(m_model.tracks(), path);
+}
+
 void PlaylistSettingsView::addFiles(const QList<QUrl>& urls)
 {
     setDeleteWarning(false);
     if (!m_selectedPlaylistID || urls.isEmpty())
         return;
     const quint64 ticket = m_nextTicket++;
-    m_additions.append({ticket, *m_selectedPlaylistID, urls, std::nullopt});
-    readTrackTagsAsync(urls, this, [this, ticket](const QList<TrackTags>& tags) {
-        for (Addition& addition : m_additions) {
-            if (addition.ticket == ticket)
-                addition.tags = tags;
-        }
-        applyReadyAdditions();
-    });
+    m_additions.append({ticket, *m_selectedPlaylistID, std::nullopt});
+    if (!m_progressDelay.isActive() && m_progress->isHidden())
+        m_progressDelay.start();
+    collectTracksAsync(
+        urls, this,
+        [this, ticket](const CollectedTracks& found) {
+            for (Addition& addition : m_additions) {
+                if (addition.ticket == ticket)
+                    addition.found = found;
+            }
+            applyReadyAdditions();
+        },
+        [this, ticket](int read, int total) {
+            if (!m_additions.isEmpty() && m_additions.first().ticket == ticket)
+                showProgress(read, total);
+        });
+}
+
+void PlaylistSettingsView::showProgress(int read, int total)
+{
+    // No total yet: the folders are still walked.
+    m_progress->setRange(0, total);
+    m_progress->setValue(read);
 }
 
 void PlaylistSettingsView::applyReadyAdditions()
 {
-    while (!m_additions.isEmpty() && m_additions.first().tags) {
+    while (!m_additions.isEmpty() && m_additions.first().found) {
         const Addition addition = m_additions.takeFirst();
-        applyAddedTracks(addition.playlistID, addition.urls, *addition.tags);
+        applyAddedTracks(addition.playlistID, *addition.found);
+    }
+    if (m_additions.isEmpty()) {
+        m_progressDelay.stop();
+        m_progress->setRange(0, 0);
+    m_progress->hide();
+        showProgress(0, 0);
     }
 }
 
-void PlaylistSettingsView::applyAddedTracks(const QUuid& playlistID, const QList<QUrl>& urls,
-                                            const QList<TrackTags>& tags)
+void PlaylistSettingsView::applyAddedTracks(const QUuid& playlistID, const CollectedTracks& found)
 {
-    PLINK_CHECK(tags.size() == urls.size(), "the tag reader gave a result per file");
+    PLINK_CHECK(found.tags.size() == found.files.size(), "the tag reader gave a result per file");
+    if (found.files.isEmpty())
+        return;
     QList<Track> added;
-    added.reserve(urls.size());
-    for (qsizetype i = 0; i < urls.size(); ++i) {
-        const QString urlString = QUrl::fromLocalFile(urls.at(i).toLocalFile()).toString(QUrl::FullyEncoded);
-        added.append(Track::make(urlString, tags.at(i).title, tags.at(i).artist));
+    added.reserve(found.files.size());
+    for (qsizetype i = 0; i < found.files.size(); ++i) {
+        const QString urlString = found.files.at(i).toString(QUrl::FullyEncoded);
+        added.append(Track::make(urlString, found.tags.at(i).title, found.tags.at(i).artist));
     }
     if (m_selectedPlaylistID == playlistID) {
         m_model.appendTracks(added);

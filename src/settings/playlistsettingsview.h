@@ -15,12 +15,13 @@
 
 class QComboBox;
 class QLineEdit;
+class QProgressBar;
 class QPushButton;
 class QToolButton;
 class TrackTable;
 
-// The "Playlists" tab: pick a playlist, create, rename and delete one, add,
-// remove and reorder its tracks. The catalogue lives in Config; the tracks
+// The "Playlists" tab: pick a playlist, create, rename, import, export and
+// delete one, add, remove and reorder its tracks. The catalogue lives in Config; the tracks
 // shown are the selected playlist's file as read when it was selected, and
 // every change to them is written back at once.
 class PlaylistSettingsView : public QWidget
@@ -40,9 +41,13 @@ public:
     // How long "Are you sure?" waits for its second press.
     static constexpr int deleteWarningMilliseconds = 5000;
 
+    // How long an addition runs before its progress is shown.
+    static constexpr int progressDelayMilliseconds = 400;
+
 public slots:
-    // Adds files (from the file dialog or a drop) at the end of the selected
-    // playlist, once their tags have been read off the user-interface thread.
+    // Adds files, folders and playlist files (from the file dialogs or a
+    // drop) at the end of the selected playlist, once the folders have been
+    // walked and the tags read off the user-interface thread.
     void addFiles(const QList<QUrl>& urls);
 
 signals:
@@ -64,8 +69,13 @@ private:
     void commitName();
     void removeSelectedTracks();
     void chooseFiles();
+    void chooseFolder();
+    void importPlaylist();
+    void exportSelectedPlaylist();
+    QString startFolder();
     void applyReadyAdditions();
-    void applyAddedTracks(const QUuid& playlistID, const QList<QUrl>& urls, const QList<TrackTags>& tags);
+    void applyAddedTracks(const QUuid& playlistID, const CollectedTracks& found);
+    void showProgress(int read, int total);
     void commitOrder();
     void onDeletePressed();
     void setDeleteWarning(bool on);
@@ -77,6 +87,7 @@ private:
     TrackTableModel m_model;
     TrackDropDelegate m_dropDelegate;
     QTimer m_deleteWarningTimer;
+    QTimer m_progressDelay;
     QString m_lastFolder;
     // Additions in the order they were asked for. Their tags are read in the
     // background, and one waits for those before it, so that two quick drops
@@ -84,8 +95,7 @@ private:
     struct Addition {
         quint64 ticket;
         QUuid playlistID;
-        QList<QUrl> urls;
-        std::optional<QList<TrackTags>> tags;
+        std::optional<CollectedTracks> found;
     };
     QList<Addition> m_additions;
     quint64 m_nextTicket = 0;
@@ -96,5 +106,9 @@ private:
     TrackTable* m_table = nullptr;
     QToolButton* m_trashButton = nullptr;
     QPushButton* m_addButton = nullptr;
+    QPushButton* m_addFolderButton = nullptr;
+    QPushButton* m_importButton = nullptr;
+    QPushButton* m_exportButton = nullptr;
+    QProgressBar* m_progress = nullptr;
     QPushButton* m_deleteButton = nullptr;
 };

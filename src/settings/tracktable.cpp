@@ -7,7 +7,7 @@
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QFileInfo>
+#include <QPainter>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMimeData>
@@ -43,10 +43,30 @@ QList<QUrl> TrackTable::droppedFiles(const QMimeData* mime)
     if (!mime || !mime->hasUrls())
         return files;
     for (const QUrl& url : mime->urls()) {
-        if (url.isLocalFile() && !QFileInfo(url.toLocalFile()).isDir())
+        if (url.isLocalFile())
             files.append(url);
     }
     return files;
+}
+
+void TrackTable::setPlaceholderText(const QString& text)
+{
+    if (text == m_placeholderText)
+        return;
+    m_placeholderText = text;
+    viewport()->update();
+}
+
+void TrackTable::paintEvent(QPaintEvent* event)
+{
+    QTableView::paintEvent(event);
+    if (m_model.rowCount() > 0 || m_placeholderText.isEmpty())
+        return;
+    // An empty table says how to fill it.
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::PlaceholderText));
+    painter.drawText(viewport()->rect().adjusted(16, 16, -16, -16), Qt::AlignCenter | Qt::TextWordWrap,
+                     m_placeholderText);
 }
 
 void TrackTable::keyPressEvent(QKeyEvent* event)

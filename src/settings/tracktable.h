@@ -22,8 +22,11 @@ public:
     TrackTable(TrackTableModel& model, TrackDropDelegate& delegate, std::optional<Track>& draggedTrack,
                QWidget* parent = nullptr);
 
-    // The local files (no folders) among the dropped URLs, in their order.
+    // The local files and folders among the dropped URLs, in their order.
     static QList<QUrl> droppedFiles(const QMimeData* mime);
+    // The line an empty table shows in its middle; none when empty.
+    QString placeholderText() const { return m_placeholderText; }
+    void setPlaceholderText(const QString& text);
 
 signals:
     void filesDropped(const QList<QUrl>& urls);
@@ -33,6 +36,7 @@ signals:
     void dragAbandoned();
 
 protected:
+    void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -45,6 +49,7 @@ private:
     void enterRow(int row);
 
     TrackTableModel& m_model;
+    QString m_placeholderText;
     TrackDropDelegate& m_delegate;
     std::optional<Track>& m_draggedTrack;
     int m_enteredRow = -1;
