@@ -34,7 +34,7 @@ QUrl TrackOpener::fromArgument(const QString& argument)
     return QUrl::fromLocalFile(QDir::current().absoluteFilePath(argument));
 }
 
-void TrackOpener::open(const QList<QUrl>& urls)
+void TrackOpener::open(const QList<QUrl>& urls, std::function<void()> done)
 {
     QList<QUrl> files;
     for (const QUrl& url : urls) {
@@ -52,9 +52,16 @@ void TrackOpener::open(const QList<QUrl>& urls)
         }
         files.append(QUrl::fromLocalFile(file.absoluteFilePath()));
     }
-    if (files.isEmpty())
+    if (files.isEmpty()) {
+        if (done)
+            done();
         return;
-    readTrackTagsAsync(files, this, [this, files](const QList<TrackTags>& tags) { addAndPlay(files, tags); });
+    }
+    readTrackTagsAsync(files, this, [this, files, done](const QList<TrackTags>& tags) {
+        addAndPlay(files, tags);
+        if (done)
+            done();
+    });
 }
 
 void TrackOpener::addAndPlay(const QList<QUrl>& files, const QList<TrackTags>& tags)
