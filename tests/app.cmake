@@ -13,3 +13,9 @@ add_test(NAME test_translations_complete COMMAND ${CMAKE_COMMAND}
     -DLUPDATE=$<TARGET_FILE:Qt6::lupdate> -DSOURCES=${PROJECT_BINARY_DIR}/translations/lupdate-sources.lst
     -DTS_DIR=${PROJECT_SOURCE_DIR}/translations -DWORK=${CMAKE_CURRENT_BINARY_DIR}/translations-check
     -P ${CMAKE_CURRENT_SOURCE_DIR}/checktranslations.cmake)
+# The command line's parser, and the real executable driven from a shell.
+plink_add_test(test_commandline SOURCES test_commandline.cpp playerfixture.h LIBS plinkapp)
+target_compile_definitions(test_commandline PRIVATE PLINK_EXECUTABLE="$<TARGET_FILE:plinkbox>"
+    PLINK_VERSION="${PROJECT_VERSION}")
+add_dependencies(test_commandline plinkbox)
+set_tests_properties(test_commandline PROPERTIES RESOURCE_LOCK "plinkbox-session-bus;plinkbox_sink")

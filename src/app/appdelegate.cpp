@@ -91,9 +91,9 @@ void AppDelegate::raisePlayer()
     window->activateWindow();
 }
 
-void AppDelegate::openFiles(const QList<QUrl>& urls)
+void AppDelegate::openFiles(const QList<QUrl>& urls, std::function<void()> done)
 {
-    m_trackOpener->open(urls);
+    m_trackOpener->open(urls, std::move(done));
 }
 
 void AppDelegate::showSettings()

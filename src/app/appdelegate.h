@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QUrl>
 
+#include <functional>
 #include <memory>
 
 class AudioPlayer;
@@ -42,8 +43,10 @@ public:
     void showSettings();
     // Brings the player window forward (a second launch, the desktop's controls).
     void raisePlayer();
-    // Adds files to the current playlist and plays the first.
-    void openFiles(const QList<QUrl>& urls);
+    // Adds files to the current playlist and plays the first; then calls done.
+    void openFiles(const QList<QUrl>& urls, std::function<void()> done = {});
+    // What the desktop's media controls drive.
+    MprisService& mpris() const { return *m_mpris; }
 
 private:
     // Runs once, after the player window is shown.

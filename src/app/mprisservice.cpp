@@ -4,6 +4,7 @@
 #include "playback/audioplayer.h"
 #include "player/transport.h"
 #include "store/config.h"
+#include "store/console.h"
 #include "store/jsonreader.h"
 
 #include <QCoreApplication>
@@ -14,6 +15,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QHash>
 #include <QStandardPaths>
 #include <QUrl>
 
@@ -278,6 +280,18 @@ void MprisService::playPause()
 void MprisService::stop()
 {
     m_audioPlayer.stop();
+}
+
+void MprisService::perform(const QString& method)
+{
+    static const QHash<QString, void (MprisService::*)()> commands = {
+        {QStringLiteral("Play"), &MprisService::play},   {QStringLiteral("Pause"), &MprisService::pause},
+        {QStringLiteral("PlayPause"), &MprisService::playPause}, {QStringLiteral("Stop"), &MprisService::stop},
+        {QStringLiteral("Next"), &MprisService::next},   {QStringLiteral("Previous"), &MprisService::previous},
+    };
+    const auto command = commands.constFind(method);
+    PLINK_CHECK(command != commands.cend(), "a Player method without arguments");
+    (this->*command.value())();
 }
 
 void MprisService::seek(qint64 offset)

@@ -56,6 +56,9 @@ public:
     void stop();
     void seek(qint64 offset);
     void setPosition(const QDBusObjectPath& trackId, qint64 position);
+    // One of the commands without arguments by its Player method name
+    // (Play, PlayPause, Next, ...), as the command line names them.
+    void perform(const QString& method);
 
 signals:
     void seeked(qint64 position);

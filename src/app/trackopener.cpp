@@ -36,12 +36,14 @@ QUrl TrackOpener::fromArgument(const QString& argument)
     return QUrl::fromLocalFile(QDir::current().absoluteFilePath(argument));
 }
 
-void TrackOpener::open(const QList<QUrl>& urls)
+void TrackOpener::open(const QList<QUrl>& urls, std::function<void()> done)
 {
     // Folders are walked and playlist files read along with the tags.
-    collectTracksAsync(urls, this, [this](const CollectedTracks& found) {
+    collectTracksAsync(urls, this, [this, done](const CollectedTracks& found) {
         if (!found.files.isEmpty())
             addAndPlay(found.files, found.tags);
+        if (done)
+            done();
     });
 }
 

@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <functional>
+
 class AudioPlayer;
 class Config;
 class Transport;
@@ -29,7 +31,8 @@ public:
     // absolute against the working folder.
     static QUrl fromArgument(const QString& argument);
 
-    void open(const QList<QUrl>& urls);
+    // done: called once the files are in the playlist, or were refused.
+    void open(const QList<QUrl>& urls, std::function<void()> done = {});
 
 signals:
     // The files have been added and the first one asked to play.
