@@ -40,7 +40,7 @@ AppDelegate::AppDelegate(QObject* parent)
     m_contentView->setCommandMenu(m_commandMenu->menu());
     m_commandMenu->addShortcutsTo(m_contentView.get());
     connect(m_contentView.get(), &ContentView::settingsRequested, this, &AppDelegate::showSettings);
-    connect(m_contentView.get(), &ContentView::filesDropped, this, &AppDelegate::openFiles);
+    connect(m_contentView.get(), &ContentView::filesDropped, this, [this](const QList<QUrl>& urls) { openFiles(urls); });
     connect(m_commandMenu.get(), &CommandMenu::settingsRequested, this, &AppDelegate::showSettings);
 
     const QIcon icon(QStringLiteral(":/icons/plinkbox.png"));
