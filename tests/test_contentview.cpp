@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QImage>
 #include <QMenu>
+#include <QMimeData>
 #include <QPaintEvent>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -248,6 +249,23 @@ private slots:
         config().writePlaylistTracks(m_rig->three, tracks);
         m_view->repaint();
         QCOMPARE(m_view->playlistReads(), reads + 1);
+    }
+
+    // Files dropped on the skin are handed on to be opened; web addresses are not taken.
+    void filesDroppedOnTheSkinAreHandedOn()
+    {
+        QSignalSpy dropped(m_view.get(), &ContentView::filesDropped);
+        const QUrl file = QUrl::fromLocalFile(m_tones.at(0));
+        for (const QList<QUrl>& urls : {QList<QUrl>{QUrl("https://example.org/a.mp3")}, QList<QUrl>{file, QUrl("https://example.org")}}) {
+            QMimeData mime;
+            mime.setUrls(urls);
+            QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &mime, Qt::LeftButton, {});
+            QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &mime, Qt::LeftButton, {});
+            QApplication::sendEvent(m_view.get(), &enter);
+            QApplication::sendEvent(m_view.get(), &drop);
+            QCOMPARE(enter.isAccepted(), urls.first() == file);
+        }
+        QCOMPARE(dropped, QList<QVariantList>{{QVariant::fromValue(QList<QUrl>{file})}});
     }
 
     // Names that are no files: neither wait for a writer that never comes nor read for ever.

@@ -82,6 +82,28 @@ bool sendDragEvent(QWidget* target, const QPoint& at, const QMimeData& mime)
     return event.isAccepted();
 }
 
+// Presses a button that opens a file dialog and answers it with a name typed
+// in a folder, as a user may; gives the dialog's title and file mode. Nothing
+// is checked inside: a failure there would leave the dialog open.
+QStringList answerFileDialog(QAbstractButton* button, const QString& folder, const QString& typed)
+{
+    QStringList seen;
+    QTimer answer;
+    QObject::connect(&answer, &QTimer::timeout, [&] {
+        auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        answer.stop();
+        seen = QStringList{dialog->windowTitle(), QString::number(dialog->fileMode())};
+        dialog->setDirectory(folder);
+        dialog->findChild<QLineEdit*>("fileNameEdit")->setText(typed);
+        QMetaObject::invokeMethod(dialog, "accept");
+    });
+    answer.start(50);
+    QTest::mouseClick(button, Qt::LeftButton);
+    return seen;
+}
+
 // A drag over the rows T1 twin T3 twin (the twins equal tracks): the rows it
 // starts and enters (empty: no drag), then the order it leaves.
 struct Drag {
@@ -309,22 +331,9 @@ private slots:
         QVERIFY(view.tracks().at(1).urlString.endsWith(QStringLiteral("My%20Music/b%20song.mp3")));
 
         // Files only, several at once, of any type; three names typed as a user may.
-        // Nothing is checked inside: a failure there would leave the dialog open.
-        QStringList seen;
-        QTimer answer;
-        connect(&answer, &QTimer::timeout, this, [&] {
-            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            if (!dialog)
-                return;
-            answer.stop();
-            seen = QStringList{dialog->windowTitle(), QString::number(dialog->fileMode())};
-            dialog->setDirectory(folder);
-            dialog->findChild<QLineEdit*>("fileNameEdit")->setText("\"plain.mp3\" \"b song.mp3\" \"a song.mp3\"");
-            QMetaObject::invokeMethod(dialog, "accept");
-        });
-        answer.start(50);
-        QTest::mouseClick(view.findChild<QAbstractButton*>("addTracksButton"), Qt::LeftButton);
-        QCOMPARE(seen, (QStringList{"Add track to playlist", QString::number(QFileDialog::ExistingFiles)}));
+        QCOMPARE(answerFileDialog(view.findChild<QAbstractButton*>("addTracksButton"), folder,
+                                  "\"plain.mp3\" \"b song.mp3\" \"a song.mp3\""),
+                 (QStringList{"Add track to playlist", QString::number(QFileDialog::ExistingFiles)}));
         QVERIFY(added.wait(10000));
         QCOMPARE(names(view.tracks()).mid(7), (QStringList{"Track", "Song", "Ünïcode"}));
         // Two quick additions, the first slower to read, land in the order they were made.
@@ -352,6 +361,36 @@ private slots:
         QCOMPARE(names(config.readPlaylistTracks(broken).value()), (QStringList{"Track", "Track"}));
         QCOMPARE(TestFiles::readFile(config.playlistFileURL(broken) + ".broken"), brokenBytes);
         QVERIFY(!QFile::exists(config.playlistFileURL(broken) + ".broken-2"));
+    }
+
+    // A chosen folder adds its files in name order; a playlist exported beside
+    // its tracks comes back through Import as a new playlist named after its file.
+    void foldersAndPlaylistFilesComeInAndGoOut()
+    {
+        Config config;
+        const QString folder = TestEnvironment::home() + "/Music";
+        QDir().mkpath(folder + "/Album");
+        for (const char* name : {"10 - b.mp3", "2 - a.mp3"})
+            QVERIFY(AudioFixtures::makeTone(folder + "/Album/" + name, AudioFixtures::Tone(0.1)));
+        PlaylistSettingsView view(config);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QSignalSpy added(&view, &PlaylistSettingsView::tracksAdded);
+        const auto button = [&](const char* name) { return view.findChild<QAbstractButton*>(name); };
+        QCOMPARE(answerFileDialog(button("addFolderButton"), folder, "Album"),
+                 (QStringList{"Add folder to playlist", QString::number(QFileDialog::Directory)}));
+        QVERIFY(added.wait(10000));
+        const QList<Track> tracks = view.tracks();
+        QVERIFY(tracks.size() == 2 && tracks.first().urlString.endsWith("Album/2%20-%20a.mp3"));
+        // Typed without its extension, as people do.
+        QCOMPARE(answerFileDialog(button("exportButton"), folder, "Mix").value(0), "Export playlist");
+        QCOMPARE(TestFiles::readFile(folder + "/Mix.m3u8").count("\nAlbum/"), 2);
+        QCOMPARE(answerFileDialog(button("importButton"), folder, "Mix.m3u8").value(0), "Import playlist");
+        QVERIFY(added.wait(10000));
+        QVERIFY(config.playlists().size() == 2 && config.playlists().last().name == "Mix");
+        QCOMPARE(view.selectedPlaylistID(), config.playlists().last().id);
+        QCOMPARE(view.tracks().size(), 2);
+        QVERIFY(view.tracks().first().urlString == tracks.first().urlString && view.tracks().first().id != tracks.first().id);
     }
 
     void rowsDraggedOverTheTableReorderAndSaveOnceThenAreRemoved()

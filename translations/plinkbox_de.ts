@@ -170,6 +170,58 @@
         <source>Delete playlist...</source>
         <translation>Wiedergabeliste löschen …</translation>
     </message>
+    <message>
+        <source>Add folder...</source>
+        <translation>Ordner hinzufügen …</translation>
+    </message>
+    <message>
+        <source>Import...</source>
+        <translation>Importieren …</translation>
+    </message>
+    <message>
+        <source>Make a new playlist from an M3U, M3U8 or PLS file</source>
+        <translation>Neue Wiedergabeliste aus einer M3U-, M3U8- oder PLS-Datei</translation>
+    </message>
+    <message>
+        <source>Export...</source>
+        <translation>Exportieren …</translation>
+    </message>
+    <message>
+        <source>Save this playlist as an M3U8 file for other players</source>
+        <translation>Diese Wiedergabeliste als M3U8-Datei für andere Player speichern</translation>
+    </message>
+    <message>
+        <source>Adding %v of %m</source>
+        <translation>%v von %m wird hinzugefügt</translation>
+    </message>
+    <message>
+        <source>Adding tracks</source>
+        <translation>Titel werden hinzugefügt</translation>
+    </message>
+    <message>
+        <source>Drop files or folders here, or use the buttons below.</source>
+        <translation>Dateien oder Ordner hierher ziehen oder die Knöpfe unten verwenden.</translation>
+    </message>
+    <message>
+        <source>Add folder to playlist</source>
+        <translation>Ordner zur Wiedergabeliste hinzufügen</translation>
+    </message>
+    <message>
+        <source>Import playlist</source>
+        <translation>Wiedergabeliste importieren</translation>
+    </message>
+    <message>
+        <source>Playlists (*.m3u *.m3u8 *.pls)</source>
+        <translation>Wiedergabelisten (*.m3u *.m3u8 *.pls)</translation>
+    </message>
+    <message>
+        <source>Export playlist</source>
+        <translation>Wiedergabeliste exportieren</translation>
+    </message>
+    <message>
+        <source>M3U8 playlists (*.m3u8)</source>
+        <translation>M3U8-Wiedergabelisten (*.m3u8)</translation>
+    </message>
 </context>
 <context>
     <name>SettingsView</name>

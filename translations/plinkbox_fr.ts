@@ -170,6 +170,58 @@
         <source>Delete playlist...</source>
         <translation>Supprimer la liste…</translation>
     </message>
+    <message>
+        <source>Add folder...</source>
+        <translation>Ajouter un dossier…</translation>
+    </message>
+    <message>
+        <source>Import...</source>
+        <translation>Importer…</translation>
+    </message>
+    <message>
+        <source>Make a new playlist from an M3U, M3U8 or PLS file</source>
+        <translation>Créer une liste de lecture à partir d’un fichier M3U, M3U8 ou PLS</translation>
+    </message>
+    <message>
+        <source>Export...</source>
+        <translation>Exporter…</translation>
+    </message>
+    <message>
+        <source>Save this playlist as an M3U8 file for other players</source>
+        <translation>Enregistrer cette liste en fichier M3U8 pour d’autres lecteurs</translation>
+    </message>
+    <message>
+        <source>Adding %v of %m</source>
+        <translation>Ajout de %v sur %m</translation>
+    </message>
+    <message>
+        <source>Adding tracks</source>
+        <translation>Ajout de pistes</translation>
+    </message>
+    <message>
+        <source>Drop files or folders here, or use the buttons below.</source>
+        <translation>Déposez des fichiers ou des dossiers ici, ou utilisez les boutons ci-dessous.</translation>
+    </message>
+    <message>
+        <source>Add folder to playlist</source>
+        <translation>Ajouter un dossier à la liste de lecture</translation>
+    </message>
+    <message>
+        <source>Import playlist</source>
+        <translation>Importer une liste de lecture</translation>
+    </message>
+    <message>
+        <source>Playlists (*.m3u *.m3u8 *.pls)</source>
+        <translation>Listes de lecture (*.m3u *.m3u8 *.pls)</translation>
+    </message>
+    <message>
+        <source>Export playlist</source>
+        <translation>Exporter la liste de lecture</translation>
+    </message>
+    <message>
+        <source>M3U8 playlists (*.m3u8)</source>
+        <translation>Listes de lecture M3U8 (*.m3u8)</translation>
+    </message>
 </context>
 <context>
     <name>SettingsView</name>
