@@ -1,5 +1,5 @@
 // Prints how the running player copes with a folder of 2,000 tagged MP3s
-// handed to it on the command line: how long until the first of them plays
+// handed to it on the command line of a later launch: how long until the first of them plays
 // and the playlist holds them all, and the longest the player kept a D-Bus
 // call waiting meanwhile. Its window and its D-Bus interface are served by
 // the same thread, so that is also the longest the window stood still.
@@ -77,30 +77,34 @@ int main(int argc, char* argv[])
         return config.playlistFileURL(config.playlists().first().id);
     }();
 
-    QProcess player;
+    // The player runs, as it does all day; a later launch hands it the folder.
+    QProcess player, launch;
     player.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    QElapsedTimer sinceStart;
-    sinceStart.start();
-    player.start(QStringLiteral(PLINK_EXECUTABLE), {library});
+    player.start(QStringLiteral(PLINK_EXECUTABLE), {});
     double roundTrip = 0, longest = 0, playingMs = -1, writtenMs = -1;
-    int calls = 0;
-    // From the first answer on: the window is up and the folder is being read.
-    while (playbackStatus(roundTrip).isEmpty() && sinceStart.elapsed() < 10000)
+    QElapsedTimer since;
+    since.start();
+    while (playbackStatus(roundTrip).isEmpty() && since.elapsed() < 10000)
         QThread::msleep(5);
-    while (sinceStart.elapsed() < 60000 && (playingMs < 0 || writtenMs < 0)) {
+    QThread::msleep(500); // its window set up
+    int calls = 0;
+    since.restart();
+    launch.start(QStringLiteral(PLINK_EXECUTABLE), {library});
+    while (since.elapsed() < 60000 && (playingMs < 0 || writtenMs < 0)) {
         const QString status = playbackStatus(roundTrip);
         longest = std::max(longest, roundTrip);
         ++calls;
         if (playingMs < 0 && status == QLatin1String("Playing"))
-            playingMs = double(sinceStart.elapsed());
+            playingMs = double(since.elapsed());
         if (writtenMs < 0 && QFile(playlist).size() > 2000 * 100)
-            writtenMs = double(sinceStart.elapsed());
-        QThread::msleep(5);
+            writtenMs = double(since.elapsed());
+        QThread::msleep(2);
     }
+    launch.waitForFinished(5000);
     player.terminate();
     player.waitForFinished(5000);
     const int tracks = int(QFile::exists(playlist) ? Config().readPlaylistTracks(Config().playlists().first().id)->size() : 0);
-    std::printf("a folder of %d MP3s in %d folders, handed to the player on its command line\n",
+    std::printf("a folder of %d MP3s in %d folders, handed to the running player by a later launch\n",
                 folderCount * filesPerFolder, folderCount);
     std::printf("first track playing after      %8.0f ms\n", playingMs);
     std::printf("playlist file written after    %8.0f ms (%d tracks)\n", writtenMs, tracks);
