@@ -7,9 +7,10 @@
 # changelog and the manual page, the last two compressed as Debian does
 # (gzip -n, so that the same sources give the same bytes).
 file(STRINGS ${PROJECT_SOURCE_DIR}/packaging/changelog plink_changelog_top LIMIT_COUNT 1)
-if(NOT plink_changelog_top MATCHES "^plinkbox \\(${PROJECT_VERSION}\\) ")
-    message(FATAL_ERROR "packaging/changelog begins with \"${plink_changelog_top}\": "
-        "give it an entry for version ${PROJECT_VERSION} first")
+string(REGEX MATCH "^plinkbox \\(([^)]*)\\)" plink_changelog_top "${plink_changelog_top}")
+if(NOT CMAKE_MATCH_1 STREQUAL PROJECT_VERSION)
+    message(FATAL_ERROR "packaging/changelog's newest entry is for version \"${CMAKE_MATCH_1}\": "
+        "give it one for version ${PROJECT_VERSION}")
 endif()
 set(plink_docs ${PROJECT_BINARY_DIR}/packaging)
 configure_file(${PROJECT_SOURCE_DIR}/resources/plinkbox.1 ${plink_docs}/plinkbox.1 @ONLY)
