@@ -40,7 +40,10 @@ int main(int argc, char* argv[])
     QGuiApplication app(argc, argv);
     // The store's own messages are not figures: figures go to the real stdout.
     std::FILE* out = fdopen(dup(STDOUT_FILENO), "w");
-    std::freopen("/dev/null", "w", stdout);
+    if (!out || !std::freopen("/dev/null", "w", stdout)) {
+        std::perror("bench_store: cannot set the store's messages aside");
+        return 1;
+    }
     const QString documents = home.path() + QStringLiteral("/Documents");
     const double firstStart = bestOfMilliseconds(5, [&] {
         QDir(documents).removeRecursively();

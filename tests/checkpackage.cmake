@@ -1,7 +1,9 @@
 # Builds the Debian package and checks what it would install: the program, the
-# decoder module, the desktop entry and AppStream file (each passing its validator), and the icon
-# at every size a panel asks for.
-#   cmake -DBUILD_DIR=... -DWORK=... -P checkpackage.cmake
+# decoder module, the desktop entry and AppStream file (each passing its validator), the icon
+# at every size a panel asks for and the manual page (rendering without a warning); and that
+# lintian finds nothing wrong with it, and, in a build with Debian's hardening flags, that the
+# program binds its symbols at start-up and calls fortified C library functions.
+#   cmake -DBUILD_DIR=... -DWORK=... -DHARDENED=ON|OFF -P checkpackage.cmake
 file(REMOVE_RECURSE "${WORK}")
 file(GLOB old "${BUILD_DIR}/plinkbox_*.deb")
 if(old)
@@ -13,6 +15,12 @@ list(LENGTH packages count)
 if(NOT result EQUAL 0 OR NOT count EQUAL 1)
     message(FATAL_ERROR "cpack made no plinkbox_<version>_amd64.deb")
 endif()
+# Errors and warnings only: the informational tags are left to taste.
+execute_process(COMMAND lintian ${packages} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE out)
+string(REGEX MATCHALL "(^|\n)[EW]: [^\n]*" complaints "${out}")
+if(NOT result EQUAL 0 OR complaints)
+    message(FATAL_ERROR "lintian (${result}): ${out}")
+endif()
 execute_process(COMMAND dpkg-deb -f ${packages} Depends OUTPUT_VARIABLE depends)
 foreach(library libqt6widgets6 libtag1v5 qt6-qpa-plugins libsndfile1 libmpg123-0 libavcodec59)
     string(FIND "${depends}" "${library}" found)
@@ -22,7 +30,8 @@ foreach(library libqt6widgets6 libtag1v5 qt6-qpa-plugins libsndfile1 libmpg123-0
 endforeach()
 execute_process(COMMAND dpkg-deb -x ${packages} "${WORK}" RESULT_VARIABLE result)
 set(root "${WORK}/usr")
-set(paths bin/plinkbox share/applications/plinkbox.desktop share/metainfo/org.plinkbox.plinkbox.metainfo.xml)
+set(paths bin/plinkbox share/applications/plinkbox.desktop share/metainfo/org.plinkbox.plinkbox.metainfo.xml
+    share/man/man1/plinkbox.1.gz)
 foreach(size 16 22 24 32 48 64 128 256)
     list(APPEND paths share/icons/hicolor/${size}x${size}/apps/plinkbox.png)
 endforeach()
@@ -39,10 +48,23 @@ execute_process(COMMAND desktop-file-validate "${root}/share/applications/plinkb
 if(NOT result EQUAL 0 OR NOT out STREQUAL "")
     message(FATAL_ERROR "desktop-file-validate: ${out}")
 endif()
-execute_process(COMMAND appstreamcli validate --no-net "${root}/share/metainfo/org.plinkbox.plinkbox.metainfo.xml"
+execute_process(COMMAND appstreamcli validate --pedantic --no-net "${root}/share/metainfo/org.plinkbox.plinkbox.metainfo.xml"
                 RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE out)
-if(NOT result EQUAL 0)
+if(NOT result EQUAL 0 OR out MATCHES "(^|\n)[EWIP]: ")
     message(FATAL_ERROR "appstreamcli validate: ${out}")
+endif()
+# As lintian renders it: any groff warning is printed on standard error.
+execute_process(COMMAND ${CMAKE_COMMAND} -E env LC_ALL=C.UTF-8 MANROFFSEQ= MANWIDTH=80
+                    man --warnings -E UTF-8 -l -Tutf8 -Z "${root}/share/man/man1/plinkbox.1.gz"
+                RESULT_VARIABLE result OUTPUT_QUIET ERROR_VARIABLE out)
+if(NOT result EQUAL 0 OR NOT out STREQUAL "")
+    message(FATAL_ERROR "the manual page does not render cleanly: ${out}")
+endif()
+if(HARDENED)
+    execute_process(COMMAND readelf -d -W --dyn-syms "${root}/bin/plinkbox" OUTPUT_VARIABLE elf)
+    if(NOT elf MATCHES "BIND_NOW" OR NOT elf MATCHES " __[a-z0-9_]+_chk(@| |\n)")
+        message(FATAL_ERROR "bin/plinkbox is not hardened: no BIND_NOW or no fortified call")
+    endif()
 endif()
 file(READ "${root}/share/applications/plinkbox.desktop" entry)
 foreach(line "Exec=plinkbox %U" "Icon=plinkbox" "MimeType=audio/mpeg;")

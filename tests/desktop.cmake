@@ -4,8 +4,9 @@ plink_add_test(test_desktop SOURCES test_desktop.cpp playerfixture.h LIBS plinka
 # side; this one also plays through the test sink.
 set_tests_properties(test_desktop PROPERTIES RESOURCE_LOCK "plinkbox-session-bus;plinkbox_sink")
 target_compile_definitions(test_desktop PRIVATE PLINK_DESKTOP_ENTRY="${PROJECT_SOURCE_DIR}/resources/plinkbox.desktop")
-# The Debian package holds what `cmake --install` installs, and its desktop
-# entry and AppStream file pass their validators.
+# The Debian package holds what `cmake --install` installs, passes lintian, and
+# its desktop entry, AppStream file and manual page pass their validators.
 add_test(NAME test_package COMMAND ${CMAKE_COMMAND} -DBUILD_DIR=${CMAKE_BINARY_DIR}
-    -DWORK=${CMAKE_CURRENT_BINARY_DIR}/package-check -P ${CMAKE_CURRENT_SOURCE_DIR}/checkpackage.cmake)
+    -DWORK=${CMAKE_CURRENT_BINARY_DIR}/package-check -DHARDENED=${PLINK_HARDENED}
+    -P ${CMAKE_CURRENT_SOURCE_DIR}/checkpackage.cmake)
 set_tests_properties(test_package PROPERTIES TIMEOUT 300)
