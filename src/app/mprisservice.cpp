@@ -1,6 +1,7 @@
 #include "app/mprisservice.h"
 
 #include "app/trackopener.h"
+#include "playback/audiodecoder.h"
 #include "playback/audioplayer.h"
 #include "player/transport.h"
 #include "store/config.h"
@@ -81,12 +82,12 @@ class MprisPlayerAdaptor : public QDBusAbstractAdaptor
     Q_PROPERTY(qlonglong Position READ position)
     Q_PROPERTY(double MinimumRate READ rate)
     Q_PROPERTY(double MaximumRate READ rate)
-    Q_PROPERTY(bool CanGoNext READ yes)
-    Q_PROPERTY(bool CanGoPrevious READ yes)
-    Q_PROPERTY(bool CanPlay READ yes)
-    Q_PROPERTY(bool CanPause READ yes)
+    Q_PROPERTY(bool CanGoNext READ canGoNext)
+    Q_PROPERTY(bool CanGoPrevious READ canGoPrevious)
+    Q_PROPERTY(bool CanPlay READ canPlay)
+    Q_PROPERTY(bool CanPause READ canPlay)
     Q_PROPERTY(bool CanSeek READ canSeek)
-    Q_PROPERTY(bool CanControl READ yes)
+    Q_PROPERTY(bool CanControl READ canControl)
 
 public:
     explicit MprisPlayerAdaptor(MprisService* service)
@@ -100,15 +101,18 @@ public:
     QString loopStatus() const { return m_service->loopStatus(); }
     void setLoopStatus(const QString& status) { m_service->setLoopStatus(status); }
     double rate() const { return 1.0; }
-    void setRate(double) {} // one speed only
+    void setRate(double rate) { m_service->setRate(rate); }
     bool shuffle() const { return m_service->shuffle(); }
     void setShuffle(bool on) { m_service->setShuffle(on); }
     QVariantMap metadata() const { return m_service->metadata(); }
     double volume() const { return m_service->volume(); }
     void setVolume(double volume) { m_service->setVolume(volume); }
     qlonglong position() const { return m_service->position(); }
+    bool canGoNext() const { return m_service->canGoNext(); }
+    bool canGoPrevious() const { return m_service->canGoPrevious(); }
+    bool canPlay() const { return m_service->canPlay(); }
     bool canSeek() const { return m_service->canSeek(); }
-    bool yes() const { return true; }
+    bool canControl() const { return true; }
 
 public slots:
     void Next() { m_service->next(); }
@@ -218,8 +222,13 @@ void MprisService::setShuffle(bool on)
 
 qint64 MprisService::position() const
 {
-    const AudioFile* player = m_audioPlayer.player();
-    return player ? player->position() * 1000 : 0;
+    // A track skipped to while paused is not open yet: it stands at its start.
+    return currentTrackIsOpen() ? m_audioPlayer.player()->position() * 1000 : 0;
+}
+
+bool MprisService::currentTrackIsOpen() const
+{
+    return m_audioPlayer.player() && !m_currentUrl.isEmpty() && m_audioPlayer.currentUrl() == m_currentUrl;
 }
 
 double MprisService::volume() const
@@ -234,9 +243,27 @@ void MprisService::setVolume(double volume)
     m_audioPlayer.setVolume(float(std::clamp(volume, 0.0, 1.0)));
 }
 
+void MprisService::setRate(double rate)
+{
+    // One speed only; a rate of zero asks for a pause.
+    if (rate == 0.0)
+        pause();
+}
+
 bool MprisService::canSeek() const
 {
-    return m_audioPlayer.player() != nullptr && m_audioPlayer.duration() > 0;
+    return currentTrackIsOpen() && m_audioPlayer.duration() > 0;
+}
+
+bool MprisService::canStep(Transport::Direction direction, qint64 trackCount) const
+{
+    // Shuffle draws a next track from the others; Previous is always the one above.
+    const qint64 current = m_config.currentTrackIndex();
+    if (trackCount == 0 || m_config.loopTracks())
+        return trackCount > 0;
+    if (direction == Transport::Direction::previous)
+        return current > 0;
+    return current + 1 < trackCount || (m_config.shuffleTracks() && trackCount > 1);
 }
 
 void MprisService::openUri(const QString& uri)
@@ -252,12 +279,26 @@ void MprisService::quit()
 
 void MprisService::next()
 {
-    m_transport.skip(Transport::Direction::next);
+    step(Transport::Direction::next);
 }
 
 void MprisService::previous()
 {
-    m_transport.skip(Transport::Direction::previous);
+    step(Transport::Direction::previous);
+}
+
+void MprisService::step(Transport::Direction direction)
+{
+    // Where the skin's buttons wrap around or restart the track, the desktop
+    // expects the end of a list that does not loop to stop playback. A move
+    // leaves a paused or stopped player so, as the buttons do.
+    const auto tracks = m_transport.currentTracks();
+    if (!tracks || tracks->isEmpty())
+        return;
+    if (canStep(direction, tracks->size()))
+        m_transport.skip(direction);
+    else
+        m_audioPlayer.stop();
 }
 
 void MprisService::play()
@@ -343,7 +384,7 @@ void MprisService::notePosition()
     m_lastPositionAt = now;
 }
 
-QVariantMap MprisService::currentMetadata() const
+QVariantMap MprisService::currentMetadata()
 {
     QVariantMap metadata;
     const QList<Playlist> playlists = m_config.playlists();
@@ -352,24 +393,42 @@ QVariantMap MprisService::currentMetadata() const
     std::optional<QList<Track>> tracks;
     if (playlist >= 0 && playlist < playlists.size())
         tracks = m_config.readPlaylistTracks(playlists.at(playlist).id);
+    m_trackCount = tracks ? tracks->size() : 0;
+    m_currentUrl.clear();
     if (!tracks || index < 0 || index >= tracks->size()) {
         metadata.insert(QStringLiteral("mpris:trackid"), QVariant::fromValue(QDBusObjectPath(noTrack)));
         return metadata;
     }
     const Track& track = tracks->at(index);
+    m_currentUrl = QUrl(track.urlString);
     metadata.insert(QStringLiteral("mpris:trackid"), QVariant::fromValue(QDBusObjectPath(trackPath(track))));
     metadata.insert(QStringLiteral("xesam:title"), track.trackName);
     metadata.insert(QStringLiteral("xesam:artist"), QStringList{track.artist});
     metadata.insert(QStringLiteral("xesam:url"), track.urlString);
     // Length and cover belong to the open file, which is this track's only
-    // while the player has it open.
-    if (m_audioPlayer.player() && m_audioPlayer.currentUrl() == QUrl(track.urlString)) {
-        if (m_audioPlayer.duration() > 0)
-            metadata.insert(QStringLiteral("mpris:length"), qint64(m_audioPlayer.duration() * 1e6));
-        if (!m_coverPath.isEmpty())
-            metadata.insert(QStringLiteral("mpris:artUrl"), QUrl::fromLocalFile(m_coverPath).toString());
-    }
+    // while the player has it open. A track skipped to while another is open
+    // (paused) has its length read from its file; before any file is opened
+    // that read is spared, to keep it off the launch.
+    const qint64 length = currentTrackIsOpen()        ? qint64(m_audioPlayer.duration() * 1e6)
+                          : m_audioPlayer.player() ? lengthOf(m_currentUrl)
+                                                   : 0;
+    if (length > 0)
+        metadata.insert(QStringLiteral("mpris:length"), length);
+    if (currentTrackIsOpen() && !m_coverPath.isEmpty())
+        metadata.insert(QStringLiteral("mpris:artUrl"), QUrl::fromLocalFile(m_coverPath).toString());
     return metadata;
+}
+
+qint64 MprisService::lengthOf(const QUrl& url)
+{
+    if (m_probed.first != url) {
+        // Any rate will do: only the length the file declares is wanted. A
+        // file that cannot be opened has no length to show; Play reports why.
+        QString error;
+        const auto decoder = url.isLocalFile() ? AudioDecoder::openFile(url.toLocalFile(), 48000, &error) : nullptr;
+        m_probed = {url, decoder ? qint64(decoder->duration() * 1e6) : 0};
+    }
+    return m_probed.second;
 }
 
 void MprisService::refreshMetadata()
@@ -390,7 +449,10 @@ void MprisService::refreshMetadata()
                 m_coverPath = path;
         }
     }
-    m_metadata = currentMetadata();
+    const QVariantMap before = std::exchange(m_metadata, currentMetadata());
+    // Another track starts where it starts: no Seeked for that jump.
+    if (before.value(QStringLiteral("mpris:trackid")) != m_metadata.value(QStringLiteral("mpris:trackid")))
+        m_lastPositionAt = 0;
     publish();
 }
 
@@ -403,6 +465,10 @@ void MprisService::publish()
     now.insert(QStringLiteral("Metadata"), m_metadata);
     now.insert(QStringLiteral("Volume"), volume());
     now.insert(QStringLiteral("CanSeek"), canSeek());
+    now.insert(QStringLiteral("CanGoNext"), canGoNext());
+    now.insert(QStringLiteral("CanGoPrevious"), canGoPrevious());
+    now.insert(QStringLiteral("CanPlay"), canPlay());
+    now.insert(QStringLiteral("CanPause"), canPlay());
     QVariantMap changed;
     for (auto it = now.cbegin(); it != now.cend(); ++it) {
         if (m_published.value(it.key()) != it.value())

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "player/transport.h"
+
 #include <QDBusObjectPath>
 #include <QList>
 #include <QObject>
@@ -7,14 +9,16 @@
 #include <QVariantMap>
 
 #include <functional>
+#include <utility>
 
 class AudioPlayer;
 class Config;
-class Transport;
 
 // Publishes the player on the session bus as org.mpris.MediaPlayer2.plinkbox,
 // so that media keys, the desktop's media controls and playerctl work. Every
-// command goes through the same Transport as the skin and the command menu.
+// command goes through the same Transport as the skin and the command menu,
+// with one rule of the desktop's own: Next and Previous at the end of a list
+// that does not loop stop playback rather than wrap or restart.
 class MprisService : public QObject
 {
     Q_OBJECT
@@ -42,6 +46,10 @@ public:
     qint64 position() const; // microseconds
     double volume() const;
     void setVolume(double volume);
+    void setRate(double rate);
+    bool canGoNext() const { return canStep(Transport::Direction::next, m_trackCount); }
+    bool canGoPrevious() const { return canStep(Transport::Direction::previous, m_trackCount); }
+    bool canPlay() const { return m_trackCount > 0; } // also CanPause: both need a track
     bool canSeek() const;
 
     // Commands
@@ -66,7 +74,11 @@ signals:
 private:
     void refreshMetadata(); // reads the playlist file: only when the track may have changed
     void publish();         // announces what changed since the last announcement
-    QVariantMap currentMetadata() const;
+    QVariantMap currentMetadata(); // also notes the playlist's size and the current track's URL
+    bool canStep(Transport::Direction direction, qint64 trackCount) const;
+    void step(Transport::Direction direction);
+    bool currentTrackIsOpen() const;
+    qint64 lengthOf(const QUrl& url); // microseconds, 0 when unknown
     void notePosition();
     void seekTo(qint64 position);
 
@@ -77,6 +89,9 @@ private:
     std::function<void(const QList<QUrl>&)> m_open;
     QVariantMap m_published; // the Player properties as last announced
     QVariantMap m_metadata;
+    qint64 m_trackCount = 0; // in the current playlist
+    QUrl m_currentUrl;       // of the current track; empty without one
+    std::pair<QUrl, qint64> m_probed; // the last length read from a file that was not open
     qint64 m_lastPosition = 0;
     qint64 m_lastPositionAt = 0;
     bool m_seeking = false;
