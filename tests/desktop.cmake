@@ -10,3 +10,6 @@ add_test(NAME test_package COMMAND ${CMAKE_COMMAND} -DBUILD_DIR=${CMAKE_BINARY_D
     -DWORK=${CMAKE_CURRENT_BINARY_DIR}/package-check -DHARDENED=${PLINK_HARDENED}
     -P ${CMAKE_CURRENT_SOURCE_DIR}/checkpackage.cmake)
 set_tests_properties(test_package PROPERTIES TIMEOUT 300)
+# Every member of the media-control interfaces, over the private session bus.
+plink_add_test(test_mpris SOURCES test_mpris.cpp playerfixture.h LIBS plinkapp)
+set_tests_properties(test_mpris PROPERTIES RESOURCE_LOCK "plinkbox-session-bus;plinkbox_sink")

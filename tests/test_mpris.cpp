@@ -1,0 +1,182 @@
+#include "app/mprisservice.h"
+#include "playerfixture.h"
+#include "support/testenvironment.h"
+
+#include <QApplication>
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QTemporaryDir>
+#include <QTimer>
+
+namespace {
+const QString rootInterface = QStringLiteral("org.mpris.MediaPlayer2");
+const QString playerInterface = QStringLiteral("org.mpris.MediaPlayer2.Player");
+
+// The D-Bus type a value arrived with.
+QString signatureOf(const QVariant& value)
+{
+    if (value.metaType() == QMetaType::fromType<QDBusArgument>())
+        return value.value<QDBusArgument>().currentSignature();
+    return QString::fromLatin1(QDBusMetaType::typeToSignature(value.metaType()));
+}
+} // namespace
+
+class MprisTest : public QObject
+{
+    Q_OBJECT
+
+    // A second connection calls and listens as a desktop applet would; the
+    // event loop turns while it waits, so that this process can answer.
+    QDBusConnection m_client = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("client"));
+    QVariantMap m_announced; // the latest value of each property PropertiesChanged carried
+    QList<qlonglong> m_seeked;
+
+    QDBusMessage call(const QString& interface, const char* method, const QVariantList& arguments = {})
+    {
+        QDBusMessage message = QDBusMessage::createMethodCall(MprisService::serviceName, MprisService::objectPath,
+                                                              interface, QString::fromLatin1(method));
+        message.setArguments(arguments);
+        return m_client.call(message, QDBus::BlockWithGui);
+    }
+    QVariantMap all(const QString& interface)
+    {
+        return qdbus_cast<QVariantMap>(
+            call(QStringLiteral("org.freedesktop.DBus.Properties"), "GetAll", {interface}).arguments().value(0));
+    }
+    QVariant get(const char* name) { return all(playerInterface).value(QString::fromLatin1(name)); }
+    QVariantMap metadata() { return qdbus_cast<QVariantMap>(get("Metadata")); }
+    void set(const char* name, const QVariant& value)
+    {
+        call(QStringLiteral("org.freedesktop.DBus.Properties"), "Set",
+             {playerInterface, QString::fromLatin1(name), QVariant::fromValue(QDBusVariant(value))});
+    }
+    void setPosition(const QVariant& trackId, qlonglong position) { call(playerInterface, "SetPosition", {trackId, position}); }
+
+public slots:
+    void onPropertiesChanged(const QDBusMessage& message)
+    {
+        m_announced.insert(qdbus_cast<QVariantMap>(message.arguments().value(1)));
+    }
+    void onSeeked(qlonglong position) { m_seeked.append(position); }
+
+private slots:
+    // Every property read with its D-Bus type, every method called, both
+    // signals heard, in the states where their answers differ.
+    void everyMemberOfBothInterfaces()
+    {
+        if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
+            QSKIP("needs the private session bus of scripts/testenv");
+        QTemporaryDir folder;
+        QStringList tones; // 3, 4 and 5 seconds long, so that lengths tell the tracks apart
+        for (int i = 0; i < 3; ++i) {
+            tones.append(folder.path() + QStringLiteral("/tone%1.wav").arg(i));
+            QVERIFY(AudioFixtures::makeTone(tones.last(), AudioFixtures::Tone(3 + i)));
+        }
+        PlayerFixture::Rig rig(tones);
+        rig.config.setPlaysSounds(false);
+        rig.config.setCurrentPlaylistIndex(0); // "Untitled", empty
+        int raised = 0;
+        QList<QUrl> opened;
+        MprisService service(rig.config, rig.player, rig.transport, [&] { ++raised; },
+                             [&](const QList<QUrl>& urls) { opened += urls; });
+        QVERIFY(service.registerOnSessionBus());
+        QVERIFY(m_client.connect(QString(), MprisService::objectPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+                                 QStringLiteral("PropertiesChanged"), this, SLOT(onPropertiesChanged(QDBusMessage))));
+        QVERIFY(m_client.connect(QString(), MprisService::objectPath, playerInterface, QStringLiteral("Seeked"), this,
+                                 SLOT(onSeeked(qlonglong))));
+
+        // name, D-Bus type, value (an invalid one: the type alone); with an empty playlist
+        const QList<std::tuple<QString, QString, QVariant>> table = {
+            {"CanQuit", "b", true}, {"CanRaise", "b", true}, {"HasTrackList", "b", false},
+            {"Identity", "s", "plinkBox"}, {"DesktopEntry", "s", "plinkbox"},
+            {"SupportedUriSchemes", "as", QStringList{"file"}}, {"SupportedMimeTypes", "as", {}},
+            {"PlaybackStatus", "s", "Stopped"}, {"LoopStatus", "s", "Playlist"}, {"Shuffle", "b", false},
+            {"Rate", "d", 1.0}, {"MinimumRate", "d", 1.0}, {"MaximumRate", "d", 1.0}, {"Volume", "d", 1.0},
+            {"Metadata", "a{sv}", {}}, {"Position", "x", 0LL}, {"CanControl", "b", true}, {"CanGoNext", "b", false},
+            {"CanGoPrevious", "b", false}, {"CanPlay", "b", false}, {"CanPause", "b", false}, {"CanSeek", "b", false}};
+        QVariantMap values = all(rootInterface);
+        values.insert(all(playerInterface));
+        for (const auto& [name, type, value] : table) {
+            const QVariant got = values.value(name);
+            QVERIFY2(signatureOf(got) == type && (!value.isValid() || got == value), qPrintable(name));
+        }
+        QCOMPARE(metadata().value("mpris:trackid").value<QDBusObjectPath>().path(),
+                 QStringLiteral("/org/mpris/MediaPlayer2/TrackList/NoTrack"));
+        call(rootInterface, "Raise");
+        QCOMPARE(raised, 1);
+        call(playerInterface, "Play");
+        call(playerInterface, "Next");
+        QVERIFY(!rig.player.player());
+
+        // Tracks arrive: Play and Next become possible; at the end of a list
+        // that does not loop Next stops, as does Previous at its start.
+        rig.config.setCurrentPlaylistIndex(1);
+        QTRY_VERIFY(m_announced.value("CanPlay").toBool() && m_announced.value("CanPause").toBool());
+        set("LoopStatus", "None");
+        rig.config.setCurrentTrackIndex(2);
+        QTRY_VERIFY(!m_announced.value("CanGoNext").toBool() && m_announced.value("CanGoPrevious").toBool());
+        set("LoopStatus", "Playlist");
+        QTRY_VERIFY(m_announced.value("CanGoNext").toBool());
+        set("LoopStatus", "None");
+        for (const auto& [index, method] : {std::pair{2, "Next"}, {0, "Previous"}}) {
+            rig.config.setCurrentTrackIndex(index);
+            call(playerInterface, "Play");
+            QCOMPARE(get("PlaybackStatus").toString(), QStringLiteral("Playing"));
+            call(playerInterface, method);
+            QVERIFY(get("PlaybackStatus") == "Stopped" && rig.config.currentTrackIndex() == index);
+        }
+
+        // A skip while paused: the new track's length, at its start; a stale
+        // track id is ignored, as are places outside the track.
+        call(playerInterface, "PlayPause");
+        call(playerInterface, "Seek", {1'500'000LL});
+        call(playerInterface, "Pause");
+        QTRY_COMPARE(m_seeked, QList<qlonglong>{1'500'000});
+        const QVariant first = metadata().value("mpris:trackid");
+        call(playerInterface, "Next");
+        QVariantMap now = metadata();
+        QCOMPARE(signatureOf(now.value("mpris:trackid")) + signatureOf(now.value("xesam:artist")), QStringLiteral("oas"));
+        QVERIFY(now.value("mpris:trackid") != first && get("PlaybackStatus") == "Paused");
+        QVERIFY(now.value("mpris:length") == 4'000'000LL && get("Position") == 0LL && !get("CanSeek").toBool());
+        call(playerInterface, "PlayPause");
+        call(playerInterface, "Pause");
+        QVERIFY(get("CanSeek").toBool());
+        for (const auto& [trackId, place] : {std::pair{first, 2'000'000LL}, {now.value("mpris:trackid"), -1LL},
+                                             {now.value("mpris:trackid"), 4'100'000LL}})
+            setPosition(trackId, place);
+        QVERIFY(get("Position").toLongLong() < 1'000'000);
+        setPosition(now.value("mpris:trackid"), 2'000'000);
+        QVERIFY(qAbs(get("Position").toLongLong() - 2'000'000) < 50'000);
+        call(playerInterface, "Seek", {-3'000'000LL});
+        QTRY_COMPARE(m_seeked, (QList<qlonglong>{1'500'000, 2'000'000, 0}));
+        call(playerInterface, "Seek", {10'000'000LL}); // past the end: Next
+        QVERIFY(rig.config.currentTrackIndex() == 2 && get("PlaybackStatus") == "Paused");
+
+        // Writable properties; a rate of zero pauses.
+        set("Volume", 0.25);
+        set("Shuffle", true); // from the last track, Next can draw another
+        QTRY_VERIFY(m_announced.value("Volume") == 0.25 && m_announced.value("CanGoNext").toBool());
+        call(playerInterface, "Play");
+        set("Rate", 0.0);
+        QVERIFY(get("PlaybackStatus") == "Paused" && rig.config.shuffleTracks());
+        call(playerInterface, "Stop");
+        QVERIFY(get("PlaybackStatus") == "Stopped" && get("Position") == 0LL);
+        call(playerInterface, "OpenUri", {"file:///music/a%20b.flac"});
+        QCOMPARE(opened, QList<QUrl>{QUrl::fromLocalFile("/music/a b.flac")});
+
+        // Quit ends the application's event loop.
+        QTimer watchdog;
+        watchdog.callOnTimeout([] { QCoreApplication::exit(1); });
+        watchdog.start(5000);
+        QTimer::singleShot(0, this, [this] {
+            m_client.send(QDBusMessage::createMethodCall(MprisService::serviceName, MprisService::objectPath, rootInterface,
+                                                         QStringLiteral("Quit")));
+        });
+        QCOMPARE(QCoreApplication::exec(), 0);
+    }
+};
+
+PLINK_TEST_MAIN_WITH(QApplication, MprisTest)
+#include "test_mpris.moc"
