@@ -9,22 +9,12 @@
 
 using AudioFixtures::MonitorRecorder;
 
-namespace {
+using PlayerFixture::run;
 
-QString run(const QString& program, const QStringList& arguments)
+static QString xdotool(const QStringList& arguments)
 {
-    QProcess tool;
-    tool.start(program, arguments);
-    tool.waitForFinished(20000);
-    return QString::fromLocal8Bit(tool.readAllStandardOutput()).trimmed();
+    return run(QStringLiteral("xdotool"), arguments).second.trimmed();
 }
-
-QString xdotool(const QStringList& arguments)
-{
-    return run(QStringLiteral("xdotool"), arguments);
-}
-
-} // namespace
 
 class PlayerWindowEndToEndTest : public QObject
 {
@@ -41,7 +31,7 @@ class PlayerWindowEndToEndTest : public QObject
             values.insert(line.section(u'=', 0, 0), line.section(u'=', 1).toInt());
         return QRect(values.value("X"), values.value("Y"), values.value("WIDTH"), values.value("HEIGHT"));
     }
-    QString windowState() { return run(QStringLiteral("xprop"), {"-id", m_window, "WM_STATE"}); }
+    QString windowState() { return run(QStringLiteral("xprop"), {"-id", m_window, "WM_STATE"}).second; }
 
 private slots:
     // Started on a Wayland session, it comes up on X all the same. Saved
@@ -79,7 +69,7 @@ private slots:
         }, 10000));
         const QRect before = windowGeometry();
         QCOMPARE(before.size(), QSize(404, 144));
-        QTRY_VERIFY(run(QStringLiteral("xprop"), {"-id", m_window, "_NET_WM_STATE"}).contains("_NET_WM_STATE_ABOVE"));
+        QTRY_VERIFY(run(QStringLiteral("xprop"), {"-id", m_window, "_NET_WM_STATE"}).second.contains("_NET_WM_STATE_ABOVE"));
 
         MonitorRecorder ear;
         QVERIFY(ear.start());
