@@ -9,12 +9,22 @@
 
 using AudioFixtures::MonitorRecorder;
 
-using PlayerFixture::run;
+namespace {
 
-static QString xdotool(const QStringList& arguments)
+QString run(const QString& program, const QStringList& arguments)
 {
-    return run(QStringLiteral("xdotool"), arguments).second.trimmed();
+    QProcess tool;
+    tool.start(program, arguments);
+    tool.waitForFinished(20000);
+    return QString::fromLocal8Bit(tool.readAllStandardOutput()).trimmed();
 }
+
+QString xdotool(const QStringList& arguments)
+{
+    return run(QStringLiteral("xdotool"), arguments);
+}
+
+} // namespace
 
 class PlayerWindowEndToEndTest : public QObject
 {
@@ -31,7 +41,7 @@ class PlayerWindowEndToEndTest : public QObject
             values.insert(line.section(u'=', 0, 0), line.section(u'=', 1).toInt());
         return QRect(values.value("X"), values.value("Y"), values.value("WIDTH"), values.value("HEIGHT"));
     }
-    QString windowState() { return run(QStringLiteral("xprop"), {"-id", m_window, "WM_STATE"}).second; }
+    QString windowState() { return run(QStringLiteral("xprop"), {"-id", m_window, "WM_STATE"}); }
 
 private slots:
     // Started on a Wayland session, it comes up on X all the same. Saved
@@ -69,7 +79,7 @@ private slots:
         }, 10000));
         const QRect before = windowGeometry();
         QCOMPARE(before.size(), QSize(404, 144));
-        QTRY_VERIFY(run(QStringLiteral("xprop"), {"-id", m_window, "_NET_WM_STATE"}).second.contains("_NET_WM_STATE_ABOVE"));
+        QTRY_VERIFY(run(QStringLiteral("xprop"), {"-id", m_window, "_NET_WM_STATE"}).contains("_NET_WM_STATE_ABOVE"));
 
         MonitorRecorder ear;
         QVERIFY(ear.start());
