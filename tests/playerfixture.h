@@ -1,7 +1,7 @@
 #pragma once
 
 // What the player's tests share: tones, playlists of them, the player's
-// parts and the lines an action printed.
+// parts, the lines an action printed and other programs run.
 
 #include "playback/audioplayer.h"
 #include "player/transport.h"
@@ -10,7 +10,9 @@
 #include "support/stdoutcapture.h"
 
 #include <QFile>
+#include <QProcess>
 #include <QRegularExpression>
+#include <QTest>
 #include <QUrl>
 
 namespace PlayerFixture {
@@ -70,6 +72,16 @@ QStringList printedBy(Action action)
     static const QRegularExpression framework(QStringLiteral("^Q(WARN|DEBUG|INFO|SYSTEM|CRITICAL) "));
     lines.removeIf([](const QString& line) { return framework.match(line).hasMatch(); });
     return lines;
+}
+
+// Runs a program to its end, the event loop turning meanwhile: its exit
+// status (-1 if it still ran after 20 s) and what it printed.
+inline std::pair<int, QString> run(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    const bool ended = QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 20000);
+    return {ended ? process.exitCode() : -1, QString::fromUtf8(process.readAllStandardOutput())};
 }
 
 } // namespace PlayerFixture

@@ -6,7 +6,6 @@
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
-#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 

@@ -7,14 +7,7 @@
 #include <QDir>
 #include <QProcess>
 
-// Exit status and what was printed.
-static std::pair<int, QString> run(const QStringList& arguments, const QString& program = PLINK_EXECUTABLE)
-{
-    QProcess process;
-    process.start(program, arguments);
-    process.waitForFinished(20000);
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput())};
-}
+using PlayerFixture::run;
 
 class CommandLineTest : public QObject
 {
@@ -59,13 +52,13 @@ private slots:
         config.saveSettings();
         for (const char* name : {"DISPLAY", "QT_QPA_PLATFORM", "WAYLAND_DISPLAY"})
             qunsetenv(name);
-        QCOMPARE(run({"--stop"}), std::pair(1, QString("plinkBox is not running.\n")));
-        QCOMPARE(run({"--help"}).first, 0);
-        QCOMPARE(run({"--bogus"}).first, 2);
+        QCOMPARE(run(PLINK_EXECUTABLE, {"--stop"}), std::pair(1, QString("plinkBox is not running.\n")));
+        QCOMPARE(run(PLINK_EXECUTABLE, {"--help"}).first, 0);
+        QCOMPARE(run(PLINK_EXECUTABLE, {"--bogus"}).first, 2);
 
         // "Playing Tone 1": titles as in the playlist; "Track" for a file without tags.
         const auto now = [] {
-            return run({"-p", "plinkbox", "metadata", "-f", "{{status}} {{title}}"}, "playerctl").second;
+            return run("playerctl", {"-p", "plinkbox", "metadata", "-f", "{{status}} {{title}}"}).second;
         };
         QProcess player; // killed, if still running, when the test ends
         player.start(QStringLiteral(PLINK_EXECUTABLE), {"-platform", "offscreen", "--play"});
@@ -76,7 +69,7 @@ private slots:
                                                {{"--next"}, "Playing Tone 1\n"}, // the playlist loops
                                                // enough files that reading their tags outlasts a command
                                                {QStringList(1000, tones.at(1)) << "--pause", "Paused Track\n"}}) {
-            QCOMPARE(run(arguments).first, 0);
+            QCOMPARE(run(PLINK_EXECUTABLE, arguments).first, 0);
             QTRY_COMPARE(now(), QString::fromLatin1(state));
         }
     }

@@ -11,23 +11,16 @@
 #include <QDBusInterface>
 #include <QDBusMessage>
 #include <QDir>
-#include <QProcess>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
 using TestFiles::storedSettings;
 
-// playerctl talking to this very process over the private session bus, with
-// the event loop turning while it waits; words split at spaces.
+// playerctl talking to this very process over the private session bus; words split at spaces.
 static QString playerctl(const char* command)
 {
-    QProcess process;
-    process.start(QStringLiteral("playerctl"),
-                  QStringList{QStringLiteral("-p"), QStringLiteral("plinkbox")} + QString::fromLatin1(command).split(u' '));
-    if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 10000))
-        return QStringLiteral("<playerctl hung>");
-    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+    return PlayerFixture::run("playerctl", QStringList{"-p", "plinkbox"} + QString::fromLatin1(command).split(u' ')).second.trimmed();
 }
 
 class DesktopTest : public QObject

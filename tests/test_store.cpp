@@ -240,7 +240,6 @@ private slots:
         QTest::newRow("next beyond a shrunk list, no loop: stays") << Move{true, 3, 9, false, false, 9};
         QTest::newRow("next beyond a shrunk list, loop: first") << Move{true, 3, 9, true, false, 0};
         QTest::newRow("shuffle with one track, shrunk") << Move{true, 1, 4, false, true, 0};
-        QTest::newRow("shuffle with two tracks") << Move{true, 2, 0, false, true, 1};
         QTest::newRow("previous ignores shuffle") << Move{false, 3, 2, false, true, 1};
         QTest::newRow("previous far beyond a shrunk list") << Move{false, 3, 11, false, false, 1};
         QTest::newRow("next in an empty playlist") << Move{true, 0, 2, true, true, 2};

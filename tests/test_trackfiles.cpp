@@ -39,7 +39,8 @@ private slots:
     }
     void cleanup() { QFile::setPermissions(m_root + "/u/k", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner); }
 
-    void foldersAreWalkedAsFileManagersListThem_data()
+    // Folders give their files as file managers list them.
+    void foldersAndPlaylistFilesBecomeAudioFiles_data()
     {
         QTest::addColumn<Names>("handed");
         QTest::addColumn<QByteArray>("text");
@@ -51,26 +52,7 @@ private slots:
                                 << Names{"x.txt", ".h.mp3", "Cannot open ~/no.mp3: File does not exist",
                                          "Cannot open http://a.b/c.mp3: only files on this computer can be played"};
         QTest::newRow("unreadable") << Names{"~/u"} << QByteArray() << Names{"u/z/c.mp3", "u/a.mp3", "Cannot open ~/u/k: Permission denied"};
-    }
-    void foldersAreWalkedAsFileManagersListThem()
-    {
-        QFETCH(Names, handed);
-        QFETCH(QByteArray, text);
-        QFETCH(Names, expected);
-        if (handed == Names{"~/u"} && QFileInfo(m_root + "/u/k").isReadable())
-            QSKIP("permissions do not stop this user (root)");
-        if (!text.isEmpty()) // the first thing handed is a playlist with this text
-            TestFiles::writeFile(m_root + handed.first().mid(1), text.replace("~", m_root.toUtf8()));
-        const QList<QUrl> urls = QUrl::fromStringList(handed.replaceInStrings("~", "file://" + m_root));
-        QCOMPARE(found(findTracks(urls)), expected);
-        QVERIFY(findTracks(urls, [] { return true; }).files.isEmpty());
-    }
-
-    void playlistEntriesAreResolved_data()
-    {
-        QTest::addColumn<Names>("handed");
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<Names>("expected");
+        // A playlist file of this text: its entries, resolved.
         const QString skip = "Skipped %1 in ~/music/p.m3u8: %2";
         QTest::newRow("m3u8") << Names{"~/music/p.m3u8"}
                               << QByteArray("\xEF\xBB\xBF#EXTM3U\r\n#EXTINF:1,x\r\na b.mp3\r\n\n\xC3\x9Cn\xC3\xAF.mp3\n~/music2/d.flac\n"
@@ -84,7 +66,19 @@ private slots:
                              << Names{"music/a b.mp3", "music2/d.flac", "music/sub/c.ogg"};
         QTest::newRow("read fails") << Names{"~/music/mem.m3u"} << QByteArray() << Names{"Cannot open ~/music/mem.m3u: Input/output error"};
     }
-    void playlistEntriesAreResolved() { foldersAreWalkedAsFileManagersListThem(); }
+    void foldersAndPlaylistFilesBecomeAudioFiles()
+    {
+        QFETCH(Names, handed);
+        QFETCH(QByteArray, text);
+        QFETCH(Names, expected);
+        if (handed == Names{"~/u"} && QFileInfo(m_root + "/u/k").isReadable())
+            QSKIP("permissions do not stop this user (root)");
+        if (!text.isEmpty()) // the first thing handed is a playlist with this text
+            TestFiles::writeFile(m_root + handed.first().mid(1), text.replace("~", m_root.toUtf8()));
+        const QList<QUrl> urls = QUrl::fromStringList(handed.replaceInStrings("~", "file://" + m_root));
+        QCOMPARE(found(findTracks(urls)), expected);
+        QVERIFY(findTracks(urls, [] { return true; }).files.isEmpty());
+    }
 
     void playlistsAreExportedAndReadBack_data()
     {

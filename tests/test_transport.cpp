@@ -5,7 +5,6 @@
 
 #include <QApplication>
 #include <QMenu>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 
 #include <functional>
