@@ -48,9 +48,9 @@ private slots:
     // enlarged and floating, it starts 1.5 times larger and above other
     // windows; a click on play is heard and Space silences it; dragged by its
     // background near the corner, it snaps there, and its settings open beside
-    // it; a second launch exits at once, saying so, and raises the minimised
-    // first, or plays the file it was given; Ctrl+Q quits, and so does
-    // SIGTERM while it plays: cleanly, as the menu's Quit.
+    // it, in the desktop's German; a second launch exits at once, saying so,
+    // and raises the minimised first, or plays the file it was given; Ctrl+Q
+    // quits, and so does SIGTERM while it plays: cleanly, as the menu's Quit.
     void aWholeSession()
     {
         if (MonitorRecorder::source().isEmpty() || qEnvironmentVariableIsEmpty("DISPLAY")
@@ -71,6 +71,8 @@ private slots:
         // As on a Wayland session, but with no compositor: the player must still come up, on X.
         qputenv("WAYLAND_DISPLAY", "plinkbox-no-compositor");
         qputenv("XDG_SESSION_TYPE", "wayland");
+        qputenv("LANG", "de_DE.UTF-8"); // a German desktop: the windows speak German
+        qunsetenv("LANGUAGE");
         m_program.start(QStringLiteral(PLINK_EXECUTABLE), {});
         QVERIFY(m_program.waitForStarted());
         QVERIFY(QTest::qWaitFor([&] {
@@ -107,7 +109,7 @@ private slots:
         QTRY_COMPARE(windowGeometry().topLeft(), QPoint(0, 0));
         xdotool({"key", "ctrl+comma"});
         QString settings;
-        QVERIFY(QTest::qWaitFor([&] { return !(settings = xdotool({"search", "--onlyvisible", "--name", "^Settings$"})).isEmpty(); }, 5000));
+        QVERIFY(QTest::qWaitFor([&] { return !(settings = xdotool({"search", "--onlyvisible", "--name", "^Einstellungen$"})).isEmpty(); }, 5000));
         const int gap = windowGeometry(settings).left() - windowGeometry().right();
         QVERIFY2(gap > 0 && gap < 40, qPrintable(QString::number(gap))); // beside it, not merely clear of it
 
