@@ -456,7 +456,7 @@ void ContentView::beginScrub()
 void ContentView::scrubTo(double pointerX)
 {
     const ScrubBounds bounds = scrubBounds(m_config.geometry(), scale());
-    repaintThumb(currentThumbRect());
+    repaintThumb(m_drawnThumb); // where it is on screen: at the first step, not at dragX
     m_dragX = clampedDragX(bounds, pointerX);
     repaintThumb(currentThumbRect());
     if (const auto fraction = seekFraction(bounds, m_dragX))
