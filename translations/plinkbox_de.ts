@@ -104,6 +104,18 @@
         <source>Edit playlists</source>
         <translation>Listen bearbeiten</translation>
     </message>
+    <message>
+        <source>Playing</source>
+        <translation>Wiedergabe</translation>
+    </message>
+    <message>
+        <source>Paused</source>
+        <translation>Pausiert</translation>
+    </message>
+    <message>
+        <source>Stopped</source>
+        <translation>Angehalten</translation>
+    </message>
 </context>
 <context>
     <name>GeneralSettingsView</name>

@@ -104,6 +104,18 @@
         <source>Edit playlists</source>
         <translation>Modifier les listes</translation>
     </message>
+    <message>
+        <source>Playing</source>
+        <translation>Lecture</translation>
+    </message>
+    <message>
+        <source>Paused</source>
+        <translation>En pause</translation>
+    </message>
+    <message>
+        <source>Stopped</source>
+        <translation>Arrêté</translation>
+    </message>
 </context>
 <context>
     <name>GeneralSettingsView</name>

@@ -47,7 +47,10 @@ AppDelegate::AppDelegate(QObject* parent)
     QGuiApplication::setWindowIcon(icon);
     if (QSystemTrayIcon::isSystemTrayAvailable()) {
         m_trayIcon = new QSystemTrayIcon(icon, this);
-        m_trayIcon->setToolTip(QStringLiteral("plinkBox"));
+        // The time and the track, as the skin tells them.
+        m_trayIcon->setToolTip(m_contentView->nowPlayingText());
+        connect(m_contentView.get(), &ContentView::nowPlayingChanged, m_trayIcon,
+                [this] { m_trayIcon->setToolTip(m_contentView->nowPlayingText()); });
         m_trayIcon->setContextMenu(m_commandMenu->menu());
         m_trayIcon->show();
     }

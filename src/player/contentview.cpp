@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QBitmap>
 #include <QDropEvent>
+#include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QMimeData>
@@ -55,17 +56,28 @@ ContentView::ContentView(Config& config, AudioPlayer& audioPlayer, Transport& tr
     }
     m_scrubBar = new SkinScrubBar(this);
     connect(m_scrubBar, &SkinScrubBar::seekRequested, &m_audioPlayer, &AudioPlayer::seek);
+    for (SkinText*& line : m_trackLines)
+        line = new SkinText(this);
+    m_timeTip = new SkinTimeTip(this);
 
     connect(&m_config, &Config::changed, this, &ContentView::onConfigChanged);
     // The title and artist lines show what the current playlist's file holds.
-    connect(&m_config, &Config::playlistTracksWritten, this, [this] { update(); });
+    connect(&m_config, &Config::playlistTracksWritten, this, [this] {
+        update();
+        updateTrackLines();
+    });
     connect(&m_audioPlayer, &AudioPlayer::isPlayingChanged, this, &ContentView::onPlayingChanged);
+    connect(&m_audioPlayer, &AudioPlayer::timerChanged, this, &ContentView::updatePlayingState);
     connect(&m_audioPlayer, &AudioPlayer::progressChanged, this, &ContentView::onProgressChanged);
+    connect(&m_audioPlayer, &AudioPlayer::durationChanged, this, &ContentView::updateTime);
+    connect(&m_audioPlayer, &AudioPlayer::playerChanged, this, &ContentView::updateTime);
     connect(&m_audioPlayer, &AudioPlayer::albumArtChanged, this, [this] { update(); });
 
     m_config.bringCurrentPlaylistIntoRange();
     applyFrame();
     onPlayingChanged();
+    updateTrackLines();
+    updateTime();
 }
 
 ContentView::~ContentView() = default;
@@ -123,6 +135,10 @@ void ContentView::layoutControls()
     m_scrubBar->setGeometry(QRectF(bounds.minX, bounds.y - thumbHeight / 2, std::max(bounds.range(), 1.0),
                                    thumbHeight).toAlignedRect());
     m_scrubBar->setVisible(playing);
+    for (const Element line : {Element::trackTitle, Element::artist}) {
+        const QRectF box = elementRect(theme, line, scale(), QFontMetricsF(textFont(line)).height());
+        m_trackLines[line == Element::artist]->setGeometry(box.toAlignedRect());
+    }
 }
 
 // --- observation ------------------------------------------------------
@@ -136,6 +152,8 @@ void ContentView::onConfigChanged(Config::Property property)
         applyFrame();
     else
         update();
+    if (property == P::playlists || property == P::currentPlaylistIndex || property == P::currentTrackIndex)
+        updateTrackLines();
 }
 
 void ContentView::onPlayingChanged()
@@ -143,6 +161,8 @@ void ContentView::onPlayingChanged()
     layoutControls();
     m_scrubBar->showProgress(m_audioPlayer.progress());
     update();
+    updatePlayingState();
+    updateTimeTip();
 }
 
 void ContentView::onProgressChanged()
@@ -151,6 +171,8 @@ void ContentView::onProgressChanged()
     // only once it reaches other pixels (in a long track that is about once
     // a second, not at every tick).
     m_scrubBar->showProgress(m_audioPlayer.progress());
+    updateTime();
+    updateTimeTip();
     if (!m_audioPlayer.isPlaying() || m_isDragging)
         return;
     const QRectF thumb = currentThumbRect();
@@ -350,6 +372,8 @@ void ContentView::mouseMoveEvent(QMouseEvent* event)
     // Also with a button held: a press dragged off its button shows it unlit.
     const double thumbX = currentThumbRect().center().x();
     setHover(controlAt(m_config.geometry(), scale(), m_audioPlayer.isPlaying(), thumbX, point));
+    m_isHoveringScrubBar = overScrubBar(point);
+    updateTimeTip();
 }
 
 void ContentView::mouseReleaseEvent(QMouseEvent* event)
@@ -360,6 +384,7 @@ void ContentView::mouseReleaseEvent(QMouseEvent* event)
     const auto pressed = m_pressed;
     m_pressed.reset();
     if (m_isDragging) {
+        m_isHoveringScrubBar = overScrubBar(event->position());
         endScrub();
         return;
     }
@@ -374,6 +399,8 @@ void ContentView::mouseReleaseEvent(QMouseEvent* event)
 void ContentView::leaveEvent(QEvent* event)
 {
     setHover(std::nullopt);
+    m_isHoveringScrubBar = false;
+    updateTimeTip();
     QWidget::leaveEvent(event);
 }
 
@@ -429,7 +456,7 @@ void ContentView::beginScrub()
 void ContentView::scrubTo(double pointerX)
 {
     const ScrubBounds bounds = scrubBounds(m_config.geometry(), scale());
-    repaintThumb(currentThumbRect());
+    repaintThumb(m_drawnThumb); // where it is on screen: at the first step, not at dragX
     m_dragX = clampedDragX(bounds, pointerX);
     repaintThumb(currentThumbRect());
     if (const auto fraction = seekFraction(bounds, m_dragX))
@@ -443,6 +470,7 @@ void ContentView::endScrub()
     m_audioPlayer.invalidateTimer();
     m_audioPlayer.restartTimer();
     update();
+    updateTimeTip();
 }
 
 // --- actions ----------------------------------------------------------

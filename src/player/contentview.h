@@ -2,6 +2,7 @@
 
 #include "player/playlistfilecache.h"
 #include "player/skingeometry.h"
+#include "player/wheelnotches.h"
 #include "store/config.h"
 
 #include <QMenu>
@@ -14,12 +15,15 @@
 class AudioPlayer;
 class SkinButton;
 class SkinScrubBar;
+class SkinText;
+class SkinTimeTip;
 class Transport;
 
 // The skin: the player window's whole face. It draws the current theme's
 // pictures where Config says, turns presses into Transport calls, runs the
 // scrub bar and the two menus, and keeps the window's size and shape equal
-// to the picture's.
+// to the picture's. The arrow keys and the wheel seek and step the volume;
+// screen readers hear the title, the artist and the playing state.
 class ContentView : public QWidget
 {
     Q_OBJECT
@@ -41,11 +45,17 @@ public:
     void setCommandMenu(QMenu* menu) { m_commandMenu = menu; }
     // How often the current playlist's file was decoded for the text lines.
     int playlistReads() const { return m_trackCache.reads(); }
+    // The open track's place and length ("1:23 / 4:56"); empty with none open.
+    QString positionText() const { return m_shownTime; }
+    // "Title — Artist", a line break and the time; "plinkBox" with none open.
+    QString nowPlayingText() const;
 
 signals:
     void settingsRequested();
     // Files, folders or playlist files dropped on the skin, to be opened.
     void filesDropped(const QList<QUrl>& urls);
+    // The title, the artist, the playing state or the time shown changed.
+    void nowPlayingChanged();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -56,6 +66,8 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private slots:
     void onConfigChanged(Config::Property property);
@@ -68,6 +80,9 @@ private slots:
     void onFastForwardPressed();
     void openPlaylistMenu();
     void openTrackMenu();
+    void updateTrackLines();
+    void updatePlayingState();
+    void updateTime();
 
 private:
     void press(Element control);
@@ -86,6 +101,8 @@ private:
     void endScrub();
     void popUp(QMenu* menu, Element at);
     QMenu* freshMenu();
+    bool overScrubBar(QPointF point) const;
+    void updateTimeTip();
 
     Config& m_config;
     AudioPlayer& m_audioPlayer;
@@ -112,4 +129,11 @@ private:
     PlaylistFileCache m_trackCache;
     std::array<SkinButton*, 7> m_buttons{};
     SkinScrubBar* m_scrubBar = nullptr;
+
+    // What screen readers and the tray are told
+    std::array<SkinText*, 2> m_trackLines{}; // title, artist
+    QString m_shownTime;
+    SkinTimeTip* m_timeTip = nullptr;
+    bool m_isHoveringScrubBar = false;
+    WheelNotches m_wheelNotches;
 };

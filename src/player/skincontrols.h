@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractButton>
+#include <QLabel>
 #include <QSlider>
 
 // Stand-ins for the skin's controls, for screen readers and UI automation.
@@ -41,4 +42,33 @@ protected:
 
 private:
     bool m_showing = false;
+};
+
+// A text line's stand-in: static text named with what the line shows (the
+// title or the artist), hidden while there is no track.
+class SkinText : public QLabel
+{
+    Q_OBJECT
+
+public:
+    explicit SkinText(QWidget* parent);
+    void showLine(const QString& text);
+
+protected:
+    void paintEvent(QPaintEvent*) override {}
+};
+
+// The time that rides with the scrub bar's knob: a tooltip of our own, as
+// the platform's stays where it first appeared while the knob moves on.
+class SkinTimeTip : public QLabel
+{
+    Q_OBJECT
+
+public:
+    explicit SkinTimeTip(QWidget* parent);
+    // Shows text with the tip's bottom centre at a global point.
+    void showAbove(const QString& text, QPoint bottomCentre);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
 };

@@ -174,6 +174,14 @@ void Transport::selectTrackFromSkin(qint64 index)
     playSound("pop");
 }
 
+void Transport::seekBy(double seconds)
+{
+    const double length = m_audioPlayer.duration();
+    if (!m_audioPlayer.player() || length <= 0)
+        return;
+    m_audioPlayer.seek(m_audioPlayer.progress() + seconds / length); // held within the track there
+}
+
 void Transport::playPauseCommand()
 {
     if (m_audioPlayer.isPlaying())

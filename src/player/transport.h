@@ -44,6 +44,10 @@ public:
     // The skin's menus
     void selectPlaylistFromSkin(qint64 index);
     void selectTrackFromSkin(qint64 index);
+    // The skin's keys and wheel: moves the open track's place by seconds,
+    // held within the track (past its end is its end, as a drag of the scrub
+    // bar past it is). Nothing without an open track of known length.
+    void seekBy(double seconds);
 
     // The command menu
     void playPauseCommand();
