@@ -11,6 +11,7 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -38,7 +39,10 @@ SettingsView::SettingsView(Config& config, QWidget* parent)
 
     auto* tabs = new QTabWidget(this);
     tabs->setObjectName(QStringLiteral("settingsTabs"));
+    tabs->setAccessibleName(windowTitle());
     tabs->setDocumentMode(true);
+    // The tabs are reached by Tab like every other control, whatever the desktop's Tab habit.
+    tabs->tabBar()->setFocusPolicy(Qt::StrongFocus);
     tabs->addTab(new GeneralSettingsView(config, tabs), themedIcon(QStringLiteral("preferences-system"), this),
                  tr("General"));
     tabs->addTab(new PlaylistSettingsView(config, tabs), themedIcon(QStringLiteral("view-media-playlist"), this),
@@ -64,6 +68,17 @@ bool SettingsView::event(QEvent* event)
         }
     }
     return QWidget::event(event);
+}
+
+void SettingsView::keyPressEvent(QKeyEvent* event)
+{
+    // Escape gets here only when no control had a use for it: an open list,
+    // a name being typed and a pending "Are you sure?" take it first.
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
+        close();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 QRect SettingsView::placeBeside(const QRect& player, const QSize& frame, const QRect& available)
