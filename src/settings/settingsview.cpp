@@ -1,5 +1,6 @@
 #include "settings/settingsview.h"
 
+#include "settings/focusframestyle.h"
 #include "settings/generalsettingsview.h"
 #include "settings/playlistsettingsview.h"
 #include "settings/themedicon.h"
@@ -51,6 +52,12 @@ SettingsView::SettingsView(Config& config, QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(tabs);
+
+    // Owned by the window; a widget whose style is gone falls back on the application's.
+    auto* focusStyle = new FocusFrameStyle;
+    focusStyle->setParent(this);
+    for (QWidget* child : findChildren<QWidget*>())
+        child->setStyle(focusStyle);
 }
 
 SettingsView::~SettingsView() = default;
