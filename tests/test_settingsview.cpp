@@ -452,19 +452,24 @@ private slots:
     void opensBesideThePlayer_data()
     {
         QTest::addColumn<QRect>("player");
+        QTest::addColumn<QRect>("available");
         QTest::addColumn<QRect>("expected");
         const QSize frame(648, 672);
-        QTest::newRow("left of it") << QRect(1000, 50, 269, 96) << QRect(QPoint(340, 50), frame);
-        QTest::newRow("pushed up onto the screen") << QRect(20, 700, 269, 96) << QRect(QPoint(301, 128), frame);
-        QTest::newRow("below a wide player") << QRect(0, 0, 1280, 100) << QRect(QPoint(0, 112), QSize(648, 672));
-        QTest::newRow("narrowed to the room beside it") << QRect(505, 352, 269, 96) << QRect(786, 128, 494, 672);
-        QTest::newRow("covered least where nothing fits") << QRect(300, 300, 700, 200) << QRect(0, 128, 648, 672);
+        const QRect screen(0, 0, 1280, 800);
+        QTest::newRow("left of it") << QRect(1000, 50, 269, 96) << screen << QRect(QPoint(340, 50), frame);
+        QTest::newRow("pushed up onto the screen") << QRect(20, 700, 269, 96) << screen << QRect(QPoint(301, 128), frame);
+        QTest::newRow("below a wide player") << QRect(0, 0, 1280, 100) << screen << QRect(QPoint(0, 112), frame);
+        QTest::newRow("covered least, never narrowed") << QRect(505, 352, 269, 96) << screen << QRect(QPoint(632, 128), frame);
+        QTest::newRow("covered least where nothing fits") << QRect(300, 300, 700, 200) << screen << QRect(0, 128, 648, 672);
+        QTest::newRow("a corner covered least") << QRect(400, 600, 480, 150) << screen << QRect(QPoint(632, 0), frame);
+        QTest::newRow("fitted to a short screen") << QRect(100, 100, 269, 96) << QRect(0, 0, 1024, 600) << QRect(376, 0, 648, 600);
     }
     void opensBesideThePlayer()
     {
         QFETCH(QRect, player);
+        QFETCH(QRect, available);
         QFETCH(QRect, expected);
-        QCOMPARE(SettingsView::placeBeside(player, QSize(648, 672), QSize(420, 300), QRect(0, 0, 1280, 800)), expected);
+        QCOMPARE(SettingsView::placeBeside(player, QSize(648, 672), available), expected);
     }
 };
 

@@ -147,6 +147,10 @@
         <source>Takes effect the next time plinkBox starts.</source>
         <translation>Gilt ab dem nächsten Start von plinkBox.</translation>
     </message>
+    <message>
+        <source>Themes</source>
+        <translation>Designs</translation>
+    </message>
 </context>
 <context>
     <name>PlaylistSettingsView</name>
@@ -233,6 +237,18 @@
     <message>
         <source>M3U8 playlists (*.m3u8)</source>
         <translation>M3U8-Wiedergabelisten (*.m3u8)</translation>
+    </message>
+    <message>
+        <source>Playlists</source>
+        <translation>Wiedergabelisten</translation>
+    </message>
+    <message>
+        <source>Playlist</source>
+        <translation>Wiedergabeliste</translation>
+    </message>
+    <message>
+        <source>Tracks</source>
+        <translation>Titel</translation>
     </message>
 </context>
 <context>

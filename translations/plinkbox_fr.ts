@@ -147,6 +147,10 @@
         <source>Takes effect the next time plinkBox starts.</source>
         <translation>Prend effet au prochain démarrage.</translation>
     </message>
+    <message>
+        <source>Themes</source>
+        <translation>Thèmes</translation>
+    </message>
 </context>
 <context>
     <name>PlaylistSettingsView</name>
@@ -233,6 +237,18 @@
     <message>
         <source>M3U8 playlists (*.m3u8)</source>
         <translation>Listes de lecture M3U8 (*.m3u8)</translation>
+    </message>
+    <message>
+        <source>Playlists</source>
+        <translation>Listes de lecture</translation>
+    </message>
+    <message>
+        <source>Playlist</source>
+        <translation>Liste de lecture</translation>
+    </message>
+    <message>
+        <source>Tracks</source>
+        <translation>Pistes</translation>
     </message>
 </context>
 <context>

@@ -116,7 +116,6 @@ void AppDelegate::showSettings()
         // allow for a title bar and borders.
         const QSize decoration = first ? QSize(8, 32) : m_settingsView->frameGeometry().size() - m_settingsView->size();
         const QRect frame = SettingsView::placeBeside(player, m_settingsView->size() + decoration,
-                                                      m_settingsView->minimumSizeHint() + decoration,
                                                       screen->availableGeometry());
         m_settingsView->resize(frame.size() - decoration);
         m_settingsView->move(frame.topLeft());

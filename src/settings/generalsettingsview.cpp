@@ -1,5 +1,6 @@
 #include "settings/generalsettingsview.h"
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
@@ -17,6 +18,7 @@ GeneralSettingsView::GeneralSettingsView(Config& config, QWidget* parent)
     m_themePicker = new QComboBox(themeSection);
     m_themePicker->setObjectName(QStringLiteral("themePicker"));
     m_themePicker->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    m_themePicker->view()->setAccessibleName(tr("Themes"));
     themeForm->addRow(tr("Theme"), m_themePicker);
 
     auto* switchSection = new QGroupBox(this);

@@ -5,12 +5,14 @@
 #include "store/console.h"
 #include "store/trackfiles.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
@@ -28,11 +30,16 @@ PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
 {
     m_picker = new QComboBox(this);
     m_picker->setObjectName(QStringLiteral("playlistPicker"));
+    m_picker->view()->setAccessibleName(tr("Playlists"));
+    // A picker reads out its entry as its name; this label says what it picks.
+    auto* pickerLabel = new QLabel(tr("Playlist"), this);
+    pickerLabel->setBuddy(m_picker);
     m_picker->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     m_newButton = new QToolButton(this);
     m_newButton->setObjectName(QStringLiteral("newPlaylistButton"));
     m_newButton->setIcon(themedIcon(QStringLiteral("document-new"), this));
     m_newButton->setToolTip(tr("New playlist"));
+    m_newButton->setAccessibleName(m_newButton->toolTip());
 
     m_nameField = new QLineEdit(this);
     m_nameField->setObjectName(QStringLiteral("playlistNameField"));
@@ -42,11 +49,13 @@ PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
 
     m_table = new TrackTable(m_model, m_dropDelegate, m_draggedTrack, this);
     m_table->setObjectName(QStringLiteral("trackTable"));
+    m_table->setAccessibleName(tr("Tracks"));
 
     m_trashButton = new QToolButton(this);
     m_trashButton->setObjectName(QStringLiteral("removeTracksButton"));
     m_trashButton->setIcon(themedIcon(QStringLiteral("user-trash"), this));
     m_trashButton->setToolTip(tr("Remove the selected tracks"));
+    m_trashButton->setAccessibleName(m_trashButton->toolTip());
     m_addButton = new QPushButton(tr("Add tracks..."), this);
     m_addButton->setObjectName(QStringLiteral("addTracksButton"));
     m_addFolderButton = new QPushButton(tr("Add folder..."), this);
@@ -67,6 +76,7 @@ PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
     m_deleteButton->setObjectName(QStringLiteral("deletePlaylistButton"));
 
     auto* pickerRow = new QHBoxLayout;
+    pickerRow->addWidget(pickerLabel);
     pickerRow->addWidget(m_picker);
     pickerRow->addWidget(m_newButton);
     pickerRow->addWidget(m_importButton);
@@ -86,6 +96,15 @@ PlaylistSettingsView::PlaylistSettingsView(Config& config, QWidget* parent)
     layout->addLayout(nameRow);
     layout->addWidget(m_table, 1);
     layout->addLayout(buttonRow);
+
+    // Tab goes through the rows as they are laid out, the tool buttons too,
+    // which some desktops otherwise leave out of it.
+    m_newButton->setFocusPolicy(Qt::StrongFocus);
+    m_trashButton->setFocusPolicy(Qt::StrongFocus);
+    QWidget* const tabOrder[] = {m_picker,    m_newButton,   m_importButton, m_exportButton,    m_nameField,
+                                 m_table,     m_trashButton, m_addButton,    m_addFolderButton, m_deleteButton};
+    for (size_t i = 1; i < std::size(tabOrder); ++i)
+        setTabOrder(tabOrder[i - 1], tabOrder[i]);
 
     m_deleteWarningTimer.setSingleShot(true);
     m_deleteWarningTimer.setInterval(deleteWarningMilliseconds);
@@ -451,6 +470,25 @@ void PlaylistSettingsView::setDeleteWarning(bool on)
         m_deleteWarningTimer.start();
     else
         m_deleteWarningTimer.stop();
+}
+
+void PlaylistSettingsView::keyPressEvent(QKeyEvent* event)
+{
+    // Escape first takes back what is under way, a pending "Are you sure?" or
+    // a name typed but not committed; only an Escape with nothing to take
+    // back goes on to close the window.
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
+        if (m_deletePlaylistWarning) {
+            setDeleteWarning(false);
+            return;
+        }
+        const std::optional<Playlist> playlist = selectedPlaylist();
+        if (playlist && m_nameField->hasFocus() && m_nameField->text() != playlist->name) {
+            m_nameField->setText(playlist->name);
+            return;
+        }
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void PlaylistSettingsView::hideEvent(QHideEvent* event)

@@ -55,6 +55,7 @@ signals:
     void tracksAdded(const QUuid& playlistID, int count);
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:

@@ -1,5 +1,6 @@
 #include "settings/settingsview.h"
 
+#include "settings/focusframestyle.h"
 #include "settings/generalsettingsview.h"
 #include "settings/playlistsettingsview.h"
 #include "settings/themedicon.h"
@@ -11,6 +12,7 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -38,7 +40,10 @@ SettingsView::SettingsView(Config& config, QWidget* parent)
 
     auto* tabs = new QTabWidget(this);
     tabs->setObjectName(QStringLiteral("settingsTabs"));
+    tabs->setAccessibleName(windowTitle());
     tabs->setDocumentMode(true);
+    // The tabs are reached by Tab like every other control, whatever the desktop's Tab habit.
+    tabs->tabBar()->setFocusPolicy(Qt::StrongFocus);
     tabs->addTab(new GeneralSettingsView(config, tabs), themedIcon(QStringLiteral("preferences-system"), this),
                  tr("General"));
     tabs->addTab(new PlaylistSettingsView(config, tabs), themedIcon(QStringLiteral("view-media-playlist"), this),
@@ -47,6 +52,12 @@ SettingsView::SettingsView(Config& config, QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(tabs);
+
+    // Owned by the window; a widget whose style is gone falls back on the application's.
+    auto* focusStyle = new FocusFrameStyle;
+    focusStyle->setParent(this);
+    for (QWidget* child : findChildren<QWidget*>())
+        child->setStyle(focusStyle);
 }
 
 SettingsView::~SettingsView() = default;
@@ -66,48 +77,49 @@ bool SettingsView::event(QEvent* event)
     return QWidget::event(event);
 }
 
-QRect SettingsView::placeBeside(const QRect& player, const QSize& frame, const QSize& smallest, const QRect& available)
+void SettingsView::keyPressEvent(QKeyEvent* event)
 {
-    // Right of the player, left of it, below, above, centred, each pushed
-    // onto the screen: the first that keeps clear of the player. Failing
-    // that, the window narrowed to the room right or left of the player, if
-    // it still has the width its contents need. Failing that, the place among
-    // the first ones, pushed onto the screen, that the player covers least.
+    // Escape gets here only when no control had a use for it: an open list,
+    // a name being typed and a pending "Are you sure?" take it first.
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
+        close();
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+QRect SettingsView::placeBeside(const QRect& player, const QSize& frame, const QRect& available)
+{
+    // Right of the player, left of it, below, above, then the four corners
+    // diagonal to it, each pushed onto the screen: the first that the player
+    // covers least. The covered area is a width times a height, so where no
+    // side is clear a corner, taking the best room across and the best room
+    // up or down, covers least.
     constexpr int gap = 12;
-    const auto onScreen = [&](QRect at) {
-        at.moveLeft(std::clamp(at.x(), available.left(), std::max(available.left(), available.right() + 1 - at.width())));
-        at.moveTop(std::clamp(at.y(), available.top(), std::max(available.top(), available.bottom() + 1 - at.height())));
-        return at;
+    const QSize size = frame.boundedTo(available.size());
+    const auto acrossOnScreen = [&](int x) {
+        return std::clamp(x, available.left(), available.right() + 1 - size.width());
     };
-    const auto coveredArea = [&](const QRect& at) {
-        const QRect covered = at.intersected(player);
-        return covered.isEmpty() ? 0 : qint64(covered.width()) * covered.height();
+    const auto downOnScreen = [&](int y) {
+        return std::clamp(y, available.top(), available.bottom() + 1 - size.height());
     };
-    const QPoint corners[] = {
-        {player.right() + 1 + gap, player.top()},
-        {player.left() - gap - frame.width(), player.top()},
-        {player.left(), player.bottom() + 1 + gap},
-        {player.left(), player.top() - gap - frame.height()},
-        available.center() - QPoint(frame.width() / 2, frame.height() / 2),
-    };
+    const int right = acrossOnScreen(player.right() + 1 + gap);
+    const int left = acrossOnScreen(player.left() - gap - size.width());
+    const int below = downOnScreen(player.bottom() + 1 + gap);
+    const int above = downOnScreen(player.top() - gap - size.height());
+    const int alignedX = acrossOnScreen(player.left());
+    const int alignedY = downOnScreen(player.top());
+    const QPoint places[] = {{right, alignedY}, {left, alignedY}, {alignedX, below}, {alignedX, above},
+                             {right, below},    {left, below},    {right, above},    {left, above}};
     QRect best;
     qint64 leastCovered = std::numeric_limits<qint64>::max();
-    for (const QPoint corner : corners) {
-        const QRect at = onScreen(QRect(corner, frame));
-        const qint64 area = coveredArea(at);
-        if (area == 0)
-            return at;
+    for (const QPoint place : places) {
+        const QRect covered = QRect(place, size).intersected(player);
+        const qint64 area = covered.isEmpty() ? 0 : qint64(covered.width()) * covered.height();
         if (area < leastCovered) {
             leastCovered = area;
-            best = at;
+            best = QRect(place, size);
         }
-    }
-    const int roomRight = available.right() - player.right() - gap;
-    const int roomLeft = player.left() - gap - available.left();
-    const int room = std::max(roomRight, roomLeft);
-    if (room >= smallest.width()) {
-        const int left = roomRight >= roomLeft ? player.right() + 1 + gap : available.left();
-        return onScreen(QRect(left, player.top(), std::min(room, frame.width()), frame.height()));
     }
     return best;
 }

@@ -14,10 +14,11 @@ public:
     ~SettingsView() override;
 
     // Where the window's frame opens on the player's screen: beside the
-    // player where it fits (narrowed, down to smallest, if need be), else
-    // where the player covers least of it.
-    static QRect placeBeside(const QRect& player, const QSize& frame, const QSize& smallest, const QRect& available);
+    // player where there is room, else where the player covers least of it.
+    // It keeps its size unless the screen is smaller.
+    static QRect placeBeside(const QRect& player, const QSize& frame, const QRect& available);
 
 protected:
     bool event(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 };

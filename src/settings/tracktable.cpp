@@ -31,6 +31,8 @@ TrackTable::TrackTable(TrackTableModel& model, TrackDropDelegate& delegate,
     setShowGrid(false);
     setAlternatingRowColors(true);
     setWordWrap(false);
+    // Tab leaves the table for the buttons below; the arrows move within it.
+    setTabKeyNavigation(false);
     verticalHeader()->hide();
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
     horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
