@@ -4,9 +4,8 @@
 
 #include <QCoreApplication>
 
-// Where the skin puts things and where the window snaps: plain functions over
-// the default layout (close 17 × 14 at (9.5, 11), text lines 152 wide, the
-// scrub bar from 117.5 to 266.5 at 65.5).
+// Where the skin puts things and where the window snaps, over the default layout (close 17 × 14 at (9.5, 11),
+// text lines 152 wide, the scrub bar from 117.5 to 266.5 at 65.5).
 class SkinGeometryTest : public QObject
 {
     Q_OBJECT

@@ -9,9 +9,8 @@ class TranslationsTest : public QObject
     Q_OBJECT
 
 private slots:
-    // No languages: what main() installed for the German environment. The
-    // settings' first tab, a button, Qt's own Cancel, and the playlists'
-    // folder, which keeps its name in every language.
+    // No languages: what main() installed for the German environment. The last label, the playlists' folder,
+    // keeps its name in every language.
     void interfaceSpeaksTheFirstTranslatedLanguage_data()
     {
         QTest::addColumn<QStringList>("languages");
