@@ -104,10 +104,8 @@ private slots:
     void playPauseSeekHeardAtOnce()
     {
         QFETCH(QString, name);
-        Tone wanted(6.0);
-        wanted.silentFrom = 2.0; // a silent middle tells a seek's place by ear
-        wanted.silentTo = 4.0;
-        const QString path = tone(name, wanted), other = tone("other " + name, Tone(1.0));
+        // A silent middle tells a seek's place by ear.
+        const QString path = tone(name, Tone(6.0, 2.0, 4.0)), other = tone("other " + name, Tone(1.0));
         MonitorRecorder recorder;
         QVERIFY(!path.isEmpty() && !other.isEmpty() && recorder.start());
         AudioPlayer player;
@@ -359,12 +357,7 @@ private slots:
         QFETCH(double, length);
         QFETCH(double, markAt);
         QFETCH(QString, start);
-        Tone marked(length);
-        marked.silentFrom = markAt;
-        marked.silentTo = markAt + 0.3;
-        Tone silence(1.0);
-        silence.silentTo = 1.0;
-        const QString path = tone("marked.mp3", marked), next = tone("next.mp3", silence);
+        const QString path = tone("marked.mp3", Tone(length, markAt, markAt + 0.3)), next = tone("next.mp3", Tone(1.0, 0, 1.0));
         const QString other = tone("other.mp3", Tone(2.0));
         OwnServer server;
         QVERIFY(!path.isEmpty() && !next.isEmpty() && !other.isEmpty() && server.start(false));

@@ -15,6 +15,7 @@ namespace AudioFixtures {
 // a Xing/Info header (which holds the encoder's delay and padding) unless told not to.
 struct Tone {
     explicit Tone(double length = 2.0) : seconds(length) {}
+    Tone(double length, double silenceFrom, double silenceTo) : seconds(length), silentFrom(silenceFrom), silentTo(silenceTo) {}
     double seconds;
     int frequency = 440;
     double offset = 0;
