@@ -1,12 +1,7 @@
-// Feeds arbitrary bytes, as an audio file, to the engine's own opening and
-// decoding: the decoder over memory, read to its end, then sought to the
-// middle and read again, as play() and a seek do. A refused file must say why.
-//
-// As in the player, the FFmpeg module stays loaded while a decoder of its own
-// is open (here: a file kept open, as if it were playing) and is unloaded with
-// the last one: every 16th input runs without it, so that the module is
-// loaded for that input alone, and anything of it that outlives it (a text,
-// a table) is read after it has gone.
+// Arbitrary bytes as an audio file to the decoder, read to its end, sought to the middle and read again, as play()
+// and a seek do; a refused file must say why. The FFmpeg module lives while a decoder of its own is open (here a kept
+// file, as if playing): every 16th input runs without it, so that anything of the module outliving it is read after
+// it has gone.
 #include "fuzzcheck.h"
 
 #include "playback/audiodecoder.h"

@@ -1,5 +1,4 @@
-// Feeds arbitrary bytes to the decoder of one JSON file the program reads:
-// the build makes a fuzzer of it for each (settings, playlist, theme).
+// Arbitrary bytes to the decoder of one JSON file; the build makes a fuzzer of it for settings, playlists and themes.
 #include "fuzzcheck.h"
 
 #include "themes/themedata.h"

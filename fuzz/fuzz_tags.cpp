@@ -1,7 +1,5 @@
-// Feeds arbitrary bytes, as an audio file, to the tag reader. The title and
-// artist it gives are never blank, and they become a track of a playlist file
-// the way the playlist editor makes one, so the track must also come back
-// unchanged from its playlist written and read again.
+// Arbitrary bytes as an audio file to the tag reader: title and artist never blank, and as a track the editor makes
+// of them they come back unchanged from a playlist written and read again.
 #include "fuzzcheck.h"
 
 #include "playback/tagreader.h"

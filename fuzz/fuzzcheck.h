@@ -13,9 +13,8 @@
     std::abort();
 }
 
-// Runs one decoder over the fuzzer's bytes. A failure must say why; a decoded
-// record must survive being written and read again: the second decode gives
-// the same record, and writing that gives the same bytes.
+// One decoder over the fuzzer's bytes: a failure says why; a record written and decoded again is the same record,
+// and writes the same bytes.
 template <class Record>
 int fuzzDecoder(const uint8_t* data, size_t size, Decoded<Record> (*decode)(const QByteArray&), const char* what)
 {

@@ -1,7 +1,6 @@
 #pragma once
 
-// What the player's tests share: tones, playlists of them, the player's
-// parts, the lines an action printed and other programs run.
+// What the player's tests share: tones, playlists of them, the player's parts, printed lines, other programs run.
 
 #include "playback/audioplayer.h"
 #include "player/transport.h"
@@ -17,12 +16,12 @@
 
 namespace PlayerFixture {
 
-// count tones of the given length in folder, named tone0.wav, tone1.wav, …
-inline QStringList makeTones(const QString& folder, int count, double seconds)
+// count tones in folder, named tone0.wav, tone1.wav, …, the first of seconds, each next one step longer
+inline QStringList makeTones(const QString& folder, int count, double seconds, double step = 0)
 {
     QStringList paths;
     for (int i = 0; i < count; ++i) {
-        AudioFixtures::Tone tone(seconds);
+        AudioFixtures::Tone tone(seconds + step * i);
         tone.frequency = 330 + 110 * i;
         paths.append(folder + QStringLiteral("/tone%1.wav").arg(i));
         if (!QFile::exists(paths.last()) && !AudioFixtures::makeTone(paths.last(), tone))
@@ -46,8 +45,7 @@ inline QUuid addPlaylist(Config& config, const QString& name, const QStringList&
     return catalogue.last().id;
 }
 
-// The store, player and transport over the playlists "Untitled" (empty),
-// "Three" (all three tones, current) and "Two" (the first two).
+// The store, player and transport over "Untitled" (empty), "Three" (all three tones, current) and "Two" (the first two).
 struct Rig {
     explicit Rig(const QStringList& tones)
         : three(addPlaylist(config, QStringLiteral("Three"), tones))
@@ -74,8 +72,7 @@ QStringList printedBy(Action action)
     return lines;
 }
 
-// Runs a program to its end, the event loop turning meanwhile: its exit
-// status (-1 if it still ran after 20 s) and what it printed.
+// Runs a program to its end, the event loop turning: its exit status (-1 if still running after 20 s) and output.
 inline std::pair<int, QString> run(const QString& program, const QStringList& arguments)
 {
     QProcess process;

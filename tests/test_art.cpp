@@ -1,5 +1,4 @@
-// The pictures the build draws: each fills the box the skin draws it in, at two
-// pixels per point, and survives the way the skin shows it.
+// The pictures the build draws fill the skin's boxes at two pixels per point and survive the way the skin shows them.
 #include "player/skingeometry.h"
 #include "support/testenvironment.h"
 #include "themes/defaultlayouts.h"

@@ -29,10 +29,8 @@ class TestAudioDecoder : public QObject
 private slots:
     void init() { TestEnvironment::wipeHome(); }
 
-    // An MP3 lasts as long as its audio, however big its tags: the count its
-    // Xing/Info or VBRI header declares (less the LAME header's encoder delay
-    // and padding), or else what its frames hold. 3-s tones at 44.1 kHz,
-    // decoded to the end without resampling.
+    // An MP3 lasts as long as its audio, however big its tags: what its Xing/Info or VBRI header declares (less the LAME
+    // header's delay and padding), or else what its frames hold; decoded at its own 44.1 kHz to the end.
     void mp3LengthIsThatOfItsAudio_data()
     {
         QTest::addColumn<bool>("variable");

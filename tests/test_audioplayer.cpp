@@ -34,11 +34,8 @@ double lastHeard(MonitorRecorder& recorder, double mark, double threshold = 0.02
     return now - recorder.lastSoundBefore(now, threshold) - mark;
 }
 
-
-// A sound server of the test's own on a socket of its own, with a null sink
-// named as the test desktop's, so that a recorder finds its monitor.
-// `awake`: a silent stream keeps the sink to real time, as a device is;
-// without it our stream is alone, as on most desktops.
+// The test's own sound server, its null sink named as the test desktop's so that a recorder finds its monitor.
+// `awake`: a silent stream keeps the sink to real time, as a device does; without it our stream is alone, as on most desktops.
 class OwnServer
 {
 public:
@@ -96,10 +93,8 @@ private slots:
             QSKIP("needs the test desktop's null sink: run under scripts/testenv");
     }
 
-    // Any name opens. Play sounds at once; pause is silent at once and holds
-    // the place; a seek is heard at once from its new place; the same file
-    // resumes without a reload; the volume is heard; stop rewinds and ends
-    // the timer.
+    // Any name opens; play, pause (holding the place) and a seek are heard at once; the same file resumes
+    // without a reload; the volume is heard; stop rewinds and ends the timer.
     void playPauseSeekHeardAtOnce_data()
     {
         QTest::addColumn<QString>("name");
@@ -109,10 +104,8 @@ private slots:
     void playPauseSeekHeardAtOnce()
     {
         QFETCH(QString, name);
-        Tone wanted(6.0);
-        wanted.silentFrom = 2.0; // a silent middle tells a seek's place by ear
-        wanted.silentTo = 4.0;
-        const QString path = tone(name, wanted), other = tone("other " + name, Tone(1.0));
+        // A silent middle tells a seek's place by ear.
+        const QString path = tone(name, Tone(6.0, 2.0, 4.0)), other = tone("other " + name, Tone(1.0));
         MonitorRecorder recorder;
         QVERIFY(!path.isEmpty() && !other.isEmpty() && recorder.start());
         AudioPlayer player;
@@ -169,10 +162,8 @@ private slots:
         QVERIFY(player.progress() < 0.1);
     }
 
-    // Three tracks cut from one tone play as one tone through the transport's
-    // own end-of-track rule, then stop at the end of the list: no sample lost,
-    // none repeated, no dip at a join. A join that left the index behind
-    // would play a track twice.
+    // Three cuts of one tone play as one through the transport's end-of-track rule, then stop at the list's end:
+    // no sample lost or repeated, no dip at a join (a join leaving the index behind would play a track twice).
     void tracksJoinWithoutAGapAtOnce_data()
     {
         QTest::addColumn<QString>("suffix");
@@ -202,8 +193,7 @@ private slots:
 
         const double start = mark + recorder.firstSoundAfter(mark), end = mark + lastHeard(recorder, mark);
         QVERIFY2(qAbs(end - start - 3.0) < 0.003, qPrintable(QStringLiteral("%1 s of sound").arg(end - start)));
-        // Whole cycles have one level wherever they start: a lost or repeated
-        // piece, or a filter's edge, shows as a window off that level.
+        // Whole cycles have one level wherever they start: a lost or repeated piece, or a filter's edge, shows off it.
         const QList<double> cycles = recorder.levels(0.1 / 48, start + 0.01);
         QList<double> sorted = cycles;
         std::sort(sorted.begin(), sorted.end());
@@ -217,9 +207,7 @@ private slots:
         }
     }
 
-    // The next track is queued as soon as the short first one is decoded;
-    // a playlist rewritten meanwhile drops it, and the end of the track then
-    // plays what the rewritten list holds.
+    // A playlist rewritten after the next track was queued drops it: the track's end plays what the new list holds.
     void aChangedPlaylistDropsTheQueuedTrack()
     {
         const QStringList tones{tone("a.wav", Tone(1.0)), tone("b.wav", Tone(1.0)), tone("c.wav", Tone(1.0))};
@@ -232,10 +220,8 @@ private slots:
         QCOMPARE(rig.player.currentUrl(), url(tones[2]));
     }
 
-    // Every format decodes to its exact length and plays to its end, once.
-    // Refused files leave the open one playing. A seek to the end ends a
-    // track, and a paused one stays at its end. A file cut short prints one
-    // line and ends where its audio ends.
+    // Every format decodes to its exact length and plays to its end, once; refused files leave the open one playing;
+    // a seek to the end ends a track, a paused one staying there; a file cut short prints one line and ends with its audio.
     void endsAndFailures()
     {
         const QString documents = TestEnvironment::documents();
@@ -278,8 +264,7 @@ private slots:
             QVERIFY(error && error->domain != "AudioPlayer");
             refusals << error->description;
         }
-        // FFmpeg, which the M4A file and the refused ones needed, is let go
-        // with them; what it said is read after that.
+        // FFmpeg, needed by the M4A and the refused files, is let go with them; what it said is read after that.
         QVERIFY(!TestFiles::readFile("/proc/self/maps").contains("libavcodec"));
         for (const QString& why : refusals)
             QVERIFY(!why.trimmed().isEmpty());
@@ -303,9 +288,7 @@ private slots:
         QVERIFY2(output.lines().size() == 1 && output.text().startsWith(cutShort), qPrintable(output.text()));
     }
 
-    // A file cut short in place while it plays (a tagger rewriting it, say):
-    // what was read plays, one line says the rest could not, and the track
-    // ends then, not at the length its header gave.
+    // A file cut in place while it plays (a tagger rewriting it): one line, and the end comes where its audio ends.
     void aFileCutWhileItPlays()
     {
         const QString path = tone("cut while playing.wav", Tone(8.0));
@@ -321,9 +304,8 @@ private slots:
                  qPrintable(output.text()));
     }
 
-    // No server: play fails with one line and works once it is back. The
-    // server going away while a track plays is one line, isPlaying false
-    // and no end of track; the next play goes on from where it was.
+    // No server: play fails, and works once it is back. A server lost while playing is one line, no end of track,
+    // and the next play goes on from where it was.
     void soundServerGoesAndComesBack()
     {
         OwnServer server;
@@ -355,12 +337,9 @@ private slots:
         QVERIFY(player.progress() > where && player.isPlaying() && finished == 0);
     }
 
-    // On a server where our stream is alone, with no recorder while it
-    // starts, a track started afresh plays whole and on time: its silent
-    // mark is heard when due, the next track joins when it ends, and the
-    // place shown is the place heard. Each way of starting once lost seconds
-    // of the track there: play, another track chosen while one plays (a
-    // stop, then a play), a seek; short tracks and long.
+    // Where our stream is alone and no recorder runs while it starts, a track started afresh plays whole and on time:
+    // its silent mark heard when due, the next joining at its end, the place shown the place heard. Each way of
+    // starting once lost seconds there: play, another track chosen while one plays (stop, then play), a seek.
     void aTrackPlaysWholeWhereItPlaysAlone_data()
     {
         QTest::addColumn<double>("length");
@@ -378,12 +357,7 @@ private slots:
         QFETCH(double, length);
         QFETCH(double, markAt);
         QFETCH(QString, start);
-        Tone marked(length);
-        marked.silentFrom = markAt;
-        marked.silentTo = markAt + 0.3;
-        Tone silence(1.0);
-        silence.silentTo = 1.0;
-        const QString path = tone("marked.mp3", marked), next = tone("next.mp3", silence);
+        const QString path = tone("marked.mp3", Tone(length, markAt, markAt + 0.3)), next = tone("next.mp3", Tone(1.0, 0, 1.0));
         const QString other = tone("other.mp3", Tone(2.0));
         OwnServer server;
         QVERIFY(!path.isEmpty() && !next.isEmpty() && !other.isEmpty() && server.start(false));
@@ -416,7 +390,6 @@ private slots:
         player.tick();
         const double shown = player.progress() * player.duration() - from, wall = clock.elapsed() / 1000.0;
         QVERIFY2(joinedAt < 0 && qAbs(shown - wall) < 0.1, qPrintable(QStringLiteral("%1 s shown at %2 s").arg(shown).arg(wall)));
-        // The mark is due markAt - from seconds after the start.
         const QList<double> windows = recorder.levels(0.01, mark);
         const qsizetype quiet = std::find_if(windows.begin(), windows.end(), [](double level) { return level < 0.002; }) - windows.begin();
         const double heardMark = markWall + quiet * 0.01;
@@ -446,9 +419,7 @@ private slots:
         QVERIFY(player.albumArt().isNull());
     }
 
-    // Interface sounds: besides the shipped ones, this binary has
-    // :/sounds/broken.m4a, which is text. One that cannot be played is
-    // reported at every press.
+    // Besides the shipped sounds this binary has :/sounds/broken.m4a, which is text: told at every press.
     void missingAndUnplayableSoundsAreReported()
     {
         SoundPlayer sounds;
@@ -462,8 +433,7 @@ private slots:
                  qPrintable(lines.join('\n')));
     }
 
-    // Every press is heard in full, as loud as the file holds it (above 1 %)
-    // and within 30 ms; a new sound cuts the one still sounding short.
+    // Every press is heard in full, as loud as the file holds it (above 1 %), within 30 ms; a new sound cuts the last short.
     void everyPressIsHeardAtOnce_data()
     {
         QTest::addColumn<QString>("name");

@@ -14,8 +14,7 @@ class CommandLineTest : public QObject
     Q_OBJECT
 
 private slots:
-    // Each parse in a line: commands | files | may start the player | exit
-    // status | the first line to print (help, the version or a mistake).
+    // Each parse: commands | files | may start the player | exit status | first line printed (help, version or a mistake).
     void argumentsAskFor_data()
     {
         QTest::addColumn<QString>("arguments");
@@ -38,8 +37,7 @@ private slots:
                            QString::number(line.exitStatus()), line.message().section(u'\n', 0, 0)}).join(" | "), "is");
     }
 
-    // With no player, --stop fails and help needs no display; --play starts one, and later
-    // launches drive it, handing their files over before their commands.
+    // No player: --stop fails, help needs no display; --play starts one, and later launches drive it, files before commands.
     void drivesTheRunningPlayer()
     {
         if (AudioFixtures::MonitorRecorder::source().isEmpty())

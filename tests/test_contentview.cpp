@@ -23,8 +23,7 @@ using PlayerFixture::printedBy;
 
 namespace {
 
-// Every picture the skin draws, each as a solid colour of far apart hues:
-// one pixel tells which picture is where.
+// Every picture the skin draws, each a solid colour of far apart hues: one pixel tells which picture is where.
 const QStringList pictureNames = {"player", "player-min", "close", "min", "rr", "rr-on", "play", "play-on",
                                   "pause", "pause-on", "ff", "ff-on", "playlist-menu", "track-menu",
                                   "track-scrubber", "track-album"};
@@ -90,10 +89,8 @@ private slots:
         m_rig.reset();
     }
 
-    // The window takes the picture's size, enlarged and minimised too;
-    // pictures follow hover and playing; a press counts where it is let go;
-    // the thumb follows a drag of 10 points or more, seeking; a drag past
-    // the end ends the track once, when it is let go.
+    // The window takes the picture's size, enlarged and minimised too; pictures follow hover and playing; a press counts
+    // where it is let go; the thumb follows a drag of 10 points or more, seeking; a drag past the end ends the track once.
     void playingFromTheSkin()
     {
         config().setSuperSized(true);
@@ -219,9 +216,8 @@ private slots:
         commands.close();
     }
 
-    // Screen readers see the buttons, and the scrub bar only while playing;
-    // their actions are the skin's. The text lines decode the playlist only
-    // when its file changed, also when a rewrite kept its size.
+    // Screen readers see the buttons, and the scrub bar only while playing, acting as the skin does. The text lines
+    // decode the playlist only when its file changed, also when a rewrite kept its size.
     void controlsAreAccessibleAndTextLinesReadOnlyChanges()
     {
         QAccessibleInterface* skin = QAccessible::queryAccessibleInterface(m_view.get());
@@ -280,10 +276,8 @@ private slots:
         }
     }
 
-    // Faults met while playing: the current playlist cut short on disk, then a
-    // settings file edited by hand to hold no playlists and a selection past
-    // them; the skin's drawing, buttons and menus and the end of a track are
-    // tried on each. The player goes on, never crashes or hangs.
+    // The current playlist cut short on disk, then settings edited by hand to no playlists and a selection past them:
+    // drawing, buttons, menus and a track's end are tried on each, and the player goes on.
     void shortListsAreSurvivedEverywhere()
     {
         config().setPlaysSounds(false); // the sounds are not linked in: each would print

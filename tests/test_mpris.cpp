@@ -14,7 +14,6 @@ namespace {
 const QString rootInterface = QStringLiteral("org.mpris.MediaPlayer2");
 const QString playerInterface = QStringLiteral("org.mpris.MediaPlayer2.Player");
 
-// The D-Bus type a value arrived with.
 QString signatureOf(const QVariant& value)
 {
     if (value.metaType() == QMetaType::fromType<QDBusArgument>())
@@ -27,8 +26,7 @@ class MprisTest : public QObject
 {
     Q_OBJECT
 
-    // A second connection calls and listens as a desktop applet would; the
-    // event loop turns while it waits, so that this process can answer.
+    // A second connection calls and listens as an applet would; the event loop turns while it waits, so this process answers.
     QDBusConnection m_client = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("client"));
     QVariantMap m_announced; // the latest value of each property PropertiesChanged carried
     QList<qlonglong> m_seeked;
@@ -62,19 +60,13 @@ public slots:
     void onSeeked(qlonglong position) { m_seeked.append(position); }
 
 private slots:
-    // Every property read with its D-Bus type, every method called, both
-    // signals heard, in the states where their answers differ.
+    // Every property read with its D-Bus type, every method called, both signals heard, where their answers differ.
     void everyMemberOfBothInterfaces()
     {
         if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
             QSKIP("needs the private session bus of scripts/testenv");
         QTemporaryDir folder;
-        QStringList tones; // 3, 4 and 5 seconds long, so that lengths tell the tracks apart
-        for (int i = 0; i < 3; ++i) {
-            tones.append(folder.path() + QStringLiteral("/tone%1.wav").arg(i));
-            QVERIFY(AudioFixtures::makeTone(tones.last(), AudioFixtures::Tone(3 + i)));
-        }
-        PlayerFixture::Rig rig(tones);
+        PlayerFixture::Rig rig(PlayerFixture::makeTones(folder.path(), 3, 3, 1)); // 3, 4 and 5 s: lengths tell them apart
         rig.config.setPlaysSounds(false);
         rig.config.setCurrentPlaylistIndex(0); // "Untitled", empty
         int raised = 0;
@@ -110,8 +102,7 @@ private slots:
         call(playerInterface, "Next");
         QVERIFY(!rig.player.player());
 
-        // Tracks arrive: Play and Next become possible; at the end of a list
-        // that does not loop Next stops, as does Previous at its start.
+        // Tracks arrive: Play and Next become possible; without a loop Next stops at the list's end, Previous at its start.
         rig.config.setCurrentPlaylistIndex(1);
         QTRY_VERIFY(m_announced.value("CanPlay").toBool() && m_announced.value("CanPause").toBool());
         set("LoopStatus", "None");
@@ -128,8 +119,7 @@ private slots:
             QVERIFY(get("PlaybackStatus") == "Stopped" && rig.config.currentTrackIndex() == index);
         }
 
-        // A skip while paused: the new track's length, at its start; a stale
-        // track id is ignored, as are places outside the track.
+        // A skip while paused: the new track's length, at its start; a stale track id, or a place outside the track, is ignored.
         call(playerInterface, "PlayPause");
         call(playerInterface, "Seek", {1'500'000LL});
         call(playerInterface, "Pause");
@@ -142,7 +132,7 @@ private slots:
         QVERIFY(now.value("mpris:length") == 4'000'000LL && get("Position") == 0LL && !get("CanSeek").toBool());
         call(playerInterface, "PlayPause");
         call(playerInterface, "Pause");
-        QVERIFY(get("CanSeek").toBool());
+        QVERIFY(get("CanSeek").toBool() && metadata().value("mpris:length") == 4'000'000LL); // now of the open file
         for (const auto& [trackId, place] : {std::pair{first, 2'000'000LL}, {now.value("mpris:trackid"), -1LL},
                                              {now.value("mpris:trackid"), 4'100'000LL}})
             setPosition(trackId, place);

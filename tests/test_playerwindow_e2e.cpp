@@ -1,5 +1,4 @@
-// The real program on the test desktop, driven as a person would: xdotool
-// clicks, keys and drags, a second launch, the null sink's monitor as the ear.
+// The real program on the test desktop, driven as a person would through xdotool, heard through the null sink's monitor.
 #include "playerfixture.h"
 #include "support/testenvironment.h"
 
@@ -44,13 +43,9 @@ class PlayerWindowEndToEndTest : public QObject
     QString windowState() { return run(QStringLiteral("xprop"), {"-id", m_window, "WM_STATE"}); }
 
 private slots:
-    // Started on a Wayland session, it comes up on X all the same. Saved
-    // enlarged and floating, it starts 1.5 times larger and above other
-    // windows; a click on play is heard and Space silences it; dragged by its
-    // background near the corner, it snaps there, and its settings open beside
-    // it, in the desktop's German; a second launch exits at once, saying so,
-    // and raises the minimised first, or plays the file it was given; Ctrl+Q
-    // quits, and so does SIGTERM while it plays: cleanly, as the menu's Quit.
+    // On X even from a Wayland session; saved enlarged and floating, it starts so; play is heard, Space silences it; it
+    // snaps to a corner it is dragged near, and its settings open beside it, in the desktop's German; a second launch raises the minimised first
+    // or plays the file given, and exits; Ctrl+Q quits, and so does SIGTERM while it plays, cleanly.
     void aWholeSession()
     {
         if (MonitorRecorder::source().isEmpty() || qEnvironmentVariableIsEmpty("DISPLAY")

@@ -82,9 +82,8 @@ bool sendDragEvent(QWidget* target, const QPoint& at, const QMimeData& mime)
     return event.isAccepted();
 }
 
-// Presses a button that opens a file dialog and answers it with a name typed
-// in a folder, as a user may; gives the dialog's title and file mode. Nothing
-// is checked inside: a failure there would leave the dialog open.
+// Presses a button whose file dialog it answers with a name typed in a folder; gives the dialog's title and file mode.
+// Nothing is checked inside: a failure there would leave the dialog open.
 QStringList answerFileDialog(QAbstractButton* button, const QString& folder, const QString& typed)
 {
     QStringList seen;
@@ -123,8 +122,7 @@ class SettingsViewTest : public QObject
 private slots:
     void init() { TestEnvironment::wipeHome(); }
 
-    // Each click on a switch is saved; a change made in the store, as the
-    // "Player" menu makes (and saves) it, is only shown.
+    // Each click on a switch is saved; a change made in the store, as the "Player" menu makes (and saves) it, is only shown.
     void switchesSaveEachClickAndOnlyMirrorTheStore()
     {
         Config config;
@@ -148,9 +146,8 @@ private slots:
         }
     }
 
-    // Our own icons show without an icon theme that has them. Space plays or
-    // pauses, except where the focused control uses it. Choosing a theme
-    // saves the settings, then reads its layout; the current one again does nothing.
+    // Our own icons show without an icon theme that has them; Space plays or pauses unless the focused control uses it;
+    // choosing a theme saves the settings, then reads its layout, and the current one again does nothing.
     void windowIconsSpaceAndThemeChoice()
     {
         QIcon::setThemeName(QStringLiteral("no-such-theme"));
@@ -204,9 +201,8 @@ private slots:
         QCOMPARE(picker->currentIndex(), -1);
     }
 
-    // The drag passes over rows: the dragged row lands on the entered one
-    // (below it coming from above, above it from below), and the drop
-    // commits once, with the "drag" sound when sounds are on.
+    // The dragged row lands on the entered one (below it coming from above, above it from below); the drop commits once,
+    // with the "drag" sound when sounds are on.
     void draggedRowLandsOnTheEnteredRowAndDropCommitsOnce_data()
     {
         QTest::addColumn<Drag>("drag");
@@ -253,8 +249,7 @@ private slots:
         auto* nameField = view.findChild<QLineEdit*>("playlistNameField");
         QCOMPARE(names(view.tracks()), (QStringList{"h1", "h2"}));
 
-        // Picking here leaves the player's playlist alone and saves nothing; the
-        // player choosing one brings the editor along.
+        // Picking here leaves the player's playlist alone and saves nothing; the player choosing one brings the editor along.
         QFile::remove(settingsPath());
         picker->setCurrentIndex(2);
         QCOMPARE(nameField->text(), QStringLiteral("Work"));
@@ -317,8 +312,7 @@ private slots:
         QWidget* viewport = view.findChild<TrackTable*>("trackTable")->viewport();
         QSignalSpy added(&view, &PlaylistSettingsView::tracksAdded);
 
-        // As a file manager sends them (text too), with a web address and a folder among them:
-        // the folder gives its files in name order.
+        // As a file manager sends them (text too), a web address and a folder among them; the folder's files in name order.
         QMimeData files;
         files.setUrls({QUrl::fromLocalFile(paths.at(0)), QUrl("https://example.org/x.mp3"), QUrl::fromLocalFile(folder),
                        QUrl::fromLocalFile(paths.at(1)), QUrl::fromLocalFile(paths.at(2))});
@@ -363,8 +357,7 @@ private slots:
         QVERIFY(!QFile::exists(config.playlistFileURL(broken) + ".broken-2"));
     }
 
-    // A chosen folder adds its files in name order; a playlist exported beside
-    // its tracks comes back through Import as a new playlist named after its file.
+    // A chosen folder adds its files in name order; a playlist exported beside its tracks comes back named after its file.
     void foldersAndPlaylistFilesComeInAndGoOut()
     {
         Config config;
@@ -407,9 +400,8 @@ private slots:
         const auto stored = [&] { return names(config.readPlaylistTracks(id).value()); };
         QSignalSpy writes(&config, &Config::playlistTracksWritten);
 
-        // Pulling a row starts a drag. This platform has no drag loop: the drag
-        // ends at once, undropped, and its path over the rows is sent after it
-        // as the events the table would get.
+        // Pulling a row starts a drag. This platform has no drag loop: the drag ends at once, undropped, and its path over
+        // the rows is sent after it as the events the table would get.
         const auto pull = [&](int row) {
             const QPoint start = rowCentre(row), pulled = start + QPoint(2 * QApplication::startDragDistance() + 10, 0);
             QTest::mousePress(viewport, Qt::LeftButton, {}, start);

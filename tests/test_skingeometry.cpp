@@ -4,9 +4,8 @@
 
 #include <QCoreApplication>
 
-// Where the skin puts things and where the window snaps: plain functions over
-// the default layout (close 17 × 14 at (9.5, 11), text lines 152 wide, the
-// scrub bar from 117.5 to 266.5 at 65.5).
+// Where the skin puts things and where the window snaps, over the default layout (close 17 × 14 at (9.5, 11),
+// text lines 152 wide, the scrub bar from 117.5 to 266.5 at 65.5).
 class SkinGeometryTest : public QObject
 {
     Q_OBJECT
@@ -55,25 +54,22 @@ private slots:
     void hitTestingFindsTheTopmostControl_data()
     {
         QTest::addColumn<bool>("superSized");
-        QTest::addColumn<bool>("playing");
         QTest::addColumn<QPointF>("point");
         QTest::addColumn<int>("control"); // -1: the background
-        QTest::newRow("shared edge goes to the later minimise") << false << false << QPointF(18, 18) << int(Element::minimise);
-        QTest::newRow("just outside close") << false << false << QPointF(18.5, 11) << -1;
-        QTest::newRow("enlarged close") << true << false << QPointF(26, 26) << int(Element::close);
-        QTest::newRow("play edge goes to fast-forward") << false << false << QPointF(209.5, 34) << int(Element::fastForward);
-        QTest::newRow("art is background") << false << false << QPointF(67, 48) << -1;
-        QTest::newRow("no thumb when stopped") << false << false << QPointF(117.5, 65.5) << -1;
+        QTest::newRow("shared edge goes to the later minimise") << false << QPointF(18, 18) << int(Element::minimise);
+        QTest::newRow("just outside close") << false << QPointF(18.5, 11) << -1;
+        QTest::newRow("enlarged close") << true << QPointF(26, 26) << int(Element::close);
+        QTest::newRow("play edge goes to fast-forward") << false << QPointF(209.5, 34) << int(Element::fastForward);
+        QTest::newRow("art is background") << false << QPointF(67, 48) << -1;
+        QTest::newRow("no thumb when stopped") << false << QPointF(117.5, 65.5) << -1;
     }
     void hitTestingFindsTheTopmostControl()
     {
         QFETCH(bool, superSized);
-        QFETCH(bool, playing);
         QFETCH(QPointF, point);
-        QFETCH(int, control);
         const double s = skinScale(superSized);
-        const auto found = controlAt(ThemeData(), s, playing, thumbCentreX(scrubBounds(ThemeData(), s), 0), point);
-        QCOMPARE(found ? int(*found) : -1, control);
+        const auto found = controlAt(ThemeData(), s, false, thumbCentreX(scrubBounds(ThemeData(), s), 0), point);
+        QTEST(found ? int(*found) : -1, "control");
     }
 
     void windowSnapsToTheNearEdges_data()
@@ -93,10 +89,9 @@ private slots:
     void windowSnapsToTheNearEdges()
     {
         QFETCH(QRect, window);
-        QFETCH(QPoint, expected);
         const QRect area(0, 30, 1280, 770);
         const auto place = snapped(window, area);
-        QCOMPARE(place.value_or(QPoint(-1, -1)), expected);
+        QTEST(place.value_or(QPoint(-1, -1)), "expected");
         if (place) // snapping again from there changes nothing more
             QCOMPARE(snapped(QRect(*place, window.size()), area), place);
     }

@@ -37,7 +37,6 @@ QString playlistsFolder()
     return TestEnvironment::documents() + "/plinkBox-1/Playlists";
 }
 
-// One change to a data file, and whether the result still decodes.
 struct Edit {
     QString file;
     QByteArray from, to;
@@ -54,10 +53,9 @@ struct Move {
 
 enum class Action { start, createPlaylist, deletePlaylist, writeDefaultTheme, saveSettings, writeTracks };
 
-// A fault: what stands where (in Documents; "playlist": a playlist's file) or
-// which write fails ("write n": the nth write or sync, "limit": a file-size
-// limit), what is done then, and how each printed line begins ('@': the file
-// written); a "text" holds content, a theme written its name.
+// What stands where (in Documents; "playlist": a playlist's file) or which write fails ("write n": the nth write or sync,
+// "limit": a file-size limit), what is done then, how each printed line begins ('@': the file written); content: a
+// "text"'s, or the theme written.
 struct Fault {
     QString thing, where;
     Action action;
@@ -276,8 +274,7 @@ private slots:
             config.nextTrack();
             ++seen[qBound(0, int(config.currentTrackIndex()), 3)];
         }
-        // Each other index is expected 400 times; a chi-square over two degrees of
-        // freedom above 20 happens by chance less than once in 20,000.
+        // Each other index is expected 400 times; a chi-square (2 degrees of freedom) above 20 has odds under 1 in 20,000.
         const auto square = [&](int i) { return (seen[i] - 400) * (seen[i] - 400) / 400.0; };
         QVERIFY2(seen[1] == 0 && square(0) + square(2) + square(3) < 20, qPrintable(QString::number(square(0))));
     }
@@ -312,8 +309,7 @@ private slots:
         const auto colour = [&] { return config.themePicture("close").pixel(0, 0); };
         QCOMPARE(config.themePicture("close").devicePixelRatio(), 2.0);
         QCOMPARE(colour(), qRgb(0, 200, 0));
-        // A picture the user replaced is shown at the next lookup, also when the new file
-        // keeps the old one's size and modification time, as a copy that keeps times does.
+        // A replaced picture shows at the next lookup, even with the old one's size and time (a copy that keeps times).
         const QString close = neo + "/close.png";
         QImage replacement(40, 30, QImage::Format_ARGB32);
         for (QRgb fill : {qRgb(10, 20, 30), qRgb(30, 20, 10)}) {
@@ -336,9 +332,8 @@ private slots:
         QDir(neo).removeRecursively();
         config.installThemes();
         QVERIFY(!QFile::exists(neo));
-        // The second theme's folder cannot be made (a file of the first stands in its path):
-        // reported, and only that theme is skipped. A name whose family and colour are not
-        // known exactly gets the present geometry as its layout.
+        // A theme whose folder cannot be made (a file of the first in its path) is told and skipped; a name whose family
+        // and colour are not known exactly gets the present geometry as its layout.
         QDir(config.themesFolder()).removeRecursively();
         config.setPlayerWidth(321.25);
         config.setAvailableThemes({"mini-lime", "mini-lime/theme.json/x", "max-yuzu", "Neo-yuzu", "neo-cherry"});
@@ -353,10 +348,8 @@ private slots:
                                                            config.geometry(), config.geometry()}));
     }
 
-    // Something else where the store's files and folders belong, or a write of
-    // any kind of file that fails (a full disk, as the bytes or their sync are
-    // written, or a file-size limit that cuts them short): one clear line per
-    // failure, no crash, and no file lost, cut short or left beside it.
+    // Something else where the store's files belong, or any write failing (disk full at the bytes or the sync, a size
+    // limit): one clear line per failure, no crash, and no file lost, cut short or left beside it.
     void faultsAreReportedAndFilesKept_data()
     {
         QTest::addColumn<Fault>("fault");
@@ -449,8 +442,7 @@ private slots:
             QVERIFY(readFile(path) == old && QDir(QFileInfo(path).path()).entryList(QDir::AllEntries | QDir::Hidden) == folder);
     }
 
-    // Killed at any moment while it saves, the program leaves the settings file
-    // as it was before or after that save, whole.
+    // Killed at any moment while saving, the program leaves the settings file whole, as before or after that save.
     void aKillWhileSavingLeavesAWholeFile()
     {
         Config config;

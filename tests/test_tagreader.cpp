@@ -17,10 +17,8 @@ class TestTagReader : public QObject
 private slots:
     void init() { TestEnvironment::wipeHome(); }
 
-    // Hand-made ID3v2.4 frames hold exactly the encoding asked for; "extended" makes the
-    // tag one of that version with an extended header; "cover" adds a red and then a blue
-    // picture, the first being the cover. Without frames the container's own tags hold
-    // Song/Band and the red cover: only an MP3's are ID3, covers come from any.
+    // Hand-made ID3 frames ("extended": of that version, with an extended header; "cover": a red, then a blue picture,
+    // the first being the cover) or, without frames, the container's own tags holding Song/Band and the red cover.
     void readsTitleArtistAndCover_data()
     {
         QTest::addColumn<QString>("name");

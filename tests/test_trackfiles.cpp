@@ -70,13 +70,12 @@ private slots:
     {
         QFETCH(Names, handed);
         QFETCH(QByteArray, text);
-        QFETCH(Names, expected);
         if (handed == Names{"~/u"} && QFileInfo(m_root + "/u/k").isReadable())
             QSKIP("permissions do not stop this user (root)");
         if (!text.isEmpty()) // the first thing handed is a playlist with this text
             TestFiles::writeFile(m_root + handed.first().mid(1), text.replace("~", m_root.toUtf8()));
         const QList<QUrl> urls = QUrl::fromStringList(handed.replaceInStrings("~", "file://" + m_root));
-        QCOMPARE(found(findTracks(urls)), expected);
+        QTEST(found(findTracks(urls)), "expected");
         QVERIFY(findTracks(urls, [] { return true; }).files.isEmpty());
     }
 

@@ -9,9 +9,8 @@ class TranslationsTest : public QObject
     Q_OBJECT
 
 private slots:
-    // No languages: what main() installed for the German environment. The
-    // settings' first tab, a button, Qt's own Cancel, and the playlists'
-    // folder, which keeps its name in every language.
+    // No languages: what main() installed for the German environment. The last label, the playlists' folder,
+    // keeps its name in every language.
     void interfaceSpeaksTheFirstTranslatedLanguage_data()
     {
         QTest::addColumn<QStringList>("languages");
@@ -27,7 +26,6 @@ private slots:
     void interfaceSpeaksTheFirstTranslatedLanguage()
     {
         QFETCH(QStringList, languages);
-        QFETCH(QStringList, shown);
         if (!languages.isEmpty()) {
             for (QTranslator* installed : qApp->findChildren<QTranslator*>(Qt::FindDirectChildrenOnly)) {
                 QCoreApplication::removeTranslator(installed);
@@ -39,7 +37,7 @@ private slots:
                                  QCoreApplication::translate("PlaylistSettingsView", "Add tracks..."),
                                  QCoreApplication::translate("QPlatformTheme", "Cancel"),
                                  QCoreApplication::translate("Config", "Playlists")};
-        QCOMPARE(labels, shown);
+        QTEST(labels, "shown");
     }
 };
 

@@ -12,10 +12,8 @@
 
 using PlayerFixture::printedBy;
 
-// One press: what, on which playlist and track, playing or not, looping or
-// not; then the track it leaves current, whether music plays and the
-// interface sound heard. Playlists: "Untitled" (empty) at 0, "Three" at 1,
-// "Two" at 2.
+// One press: what, on which playlist (0 "Untitled", empty; 1 "Three"; 2 "Two") and track, playing, looping; then the
+// track left current, whether music plays, and the interface sound heard.
 struct Press {
     QString action;
     int argument, playlist, track;
@@ -51,9 +49,8 @@ private slots:
     }
     void cleanup() { m_rig.reset(); }
 
-    // Sounds only where a press neither starts nor keeps music playing; a
-    // skip plays only if music was playing; the end of the last track stops
-    // unless the list loops; a new playlist stops the music and is saved.
+    // Sounds only where a press neither starts nor keeps music; a skip plays only if music played; the last track's
+    // end stops unless the list loops; a new playlist stops the music and is saved.
     void pressesFollowTheRules_data()
     {
         QTest::addColumn<Press>("press");
@@ -120,8 +117,7 @@ private slots:
         QCOMPARE(QFile::exists(config().settingsFileURL()), playlist != press.playlist);
     }
 
-    // The "Player" menu: titles and check marks follow the player and the
-    // store, and its keys work in any window of ours.
+    // The "Player" menu's titles and marks follow the player and the store; its keys work in any window of ours.
     void commandMenuFollowsTheStateAndItsKeysWorkEverywhere()
     {
         CommandMenu commands(config(), player(), transport());

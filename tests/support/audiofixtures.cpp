@@ -99,9 +99,8 @@ qint64 xingFrameCount(const QByteArray& mp3)
 
 QByteArray withVbriHeader(const QByteArray& mp3, quint32 frames)
 {
-    // The first frame's version, layer, rate and channels at 128 kbit/s, unpadded:
-    // 417 bytes, all zero but for the VBRI header 32 bytes past the frame's own
-    // (silence, to a decoder that does not know it).
+    // The first frame's version, layer, rate and channels at 128 kbit/s, unpadded: 417 bytes, all zero (silence
+    // to a decoder that does not know VBRI) but for the VBRI header 32 bytes past the frame's own.
     QByteArray frame(417, '\0');
     frame[0] = mp3[0];
     frame[1] = mp3[1];
@@ -169,8 +168,7 @@ bool MonitorRecorder::start()
 {
     const QString options = QStringLiteral("--raw --format=s16le --channels=1 --rate=%1 --latency-msec=10 -d").arg(m_rate);
     m_parec.start(QStringLiteral("parec"), options.split(QLatin1Char(' ')) << source());
-    // The monitor sends nothing for the first second or two; from its first
-    // data on, the recording keeps pace with real time and can be marked.
+    // Nothing comes for a second or two; from the first data on, the recording keeps pace with real time.
     if (QTest::qWaitFor([this] { return drain() > 0; }, 15000))
         return true;
     qWarning() << "MonitorRecorder: no data from" << source() << "(run under scripts/testenv):" << m_parec.errorString();

@@ -6,19 +6,16 @@
 #include <QString>
 #include <QtEndian>
 
-// Audio files for tests, made on the spot, and an ear on the test sound
-// server. A failure is a qWarning and a false or empty result to QVERIFY.
+// Audio files made on the spot, and an ear on the test sound server; a failure is a qWarning and a false or empty result.
 namespace AudioFixtures {
 
-// A sine tone at -18 dBFS made with ffmpeg, offset seconds into one endless
-// tone (so that tones with offsets 0, 2, 4 … of 2 s each are cuts of one tone,
-// sample for sample), silent from silentFrom to silentTo. The suffix picks the
-// container (.mp3 .flac .ogg .opus .m4a .wav); title, artist and picture go
-// into its own tags. An untagged .mp3 has no ID3 tag, ready for writeId3Tag().
-// An .mp3 is 128 kbit/s or of a variable bit rate, with a Xing/Info header
-// (which also holds the encoder's delay and padding) or none.
+// A sine tone at -18 dBFS made with ffmpeg, offset seconds into one endless tone (tones at offsets 0, 2, 4 … of 2 s
+// each are cuts of one tone, sample for sample), silent from silentFrom to silentTo, in the suffix's container with
+// title, artist and picture in its own tags. An untagged .mp3 has no ID3 tag, ready for writeId3Tag(); an .mp3 has
+// a Xing/Info header (which holds the encoder's delay and padding) unless told not to.
 struct Tone {
     explicit Tone(double length = 2.0) : seconds(length) {}
+    Tone(double length, double silenceFrom, double silenceTo) : seconds(length), silentFrom(silenceFrom), silentTo(silenceTo) {}
     double seconds;
     int frequency = 440;
     double offset = 0;
@@ -35,15 +32,12 @@ bool makePicture(const QString& path, int width, int height, unsigned rgb);
 
 // The frame count an MP3's Xing/Info header declares; -1 without one.
 qint64 xingFrameCount(const QByteArray& mp3);
-// A 44.1-kHz MP3 without a Xing header, with a VBRI header (as Fraunhofer's
-// encoders write) declaring frames in a frame of its own in front.
+// A 44.1-kHz MP3 without a Xing header, with a VBRI header (as Fraunhofer's encoders write) in a frame of its own in front.
 QByteArray withVbriHeader(const QByteArray& mp3, quint32 frames);
 
-// A hand-made ID3v2 tag (version 3 or 4; UTF-8 and UTF-16BE exist only in 4),
-// so that tests control the text encoding byte exactly. A text frame ("TIT2",
-// "TPE1", ...) holds text, several values apart by a '\0'; an "APIC" frame
-// holds PNG bytes and ignores text. An extended header comes with no padding
-// after the frames, so that a reader that miscounts it loses the last ones.
+// A hand-made ID3v2 tag (version 3 or 4; UTF-8 and UTF-16BE exist only in 4), its encoding byte exact; several values
+// of a text frame apart by a '\0'. An extended header comes with no padding, so that a reader miscounting it loses
+// the last frames.
 enum class Encoding : char { Latin1 = 0, Utf16 = 1, Utf16BE = 2, Utf8 = 3 };
 struct Id3Frame {
     QByteArray id;
@@ -60,11 +54,9 @@ bool writeId3Tag(const QString& path, const QByteArray& tag);
 // size bytes of seeded pseudo-random data (not audio, whatever its name).
 bool writeRandomBytes(const QString& path, int size, unsigned seed = 1);
 
-// Listens to the test desktop's null sink ($PLINK_TEST_MONITOR, set by
-// scripts/testenv) as mono 16-bit samples, at 8 kHz or at the sink's 48 kHz to
-// time joins. The sink is kept awake, so that starts and stops can be timed to
-// a few milliseconds. Data arrive through the event loop (QTest::qWait); times
-// are seconds into the recording.
+// Listens to the test desktop's null sink ($PLINK_TEST_MONITOR), kept awake so that starts and stops time to a few
+// milliseconds, as mono 16-bit samples (48 kHz, the sink's own, to time joins). Data arrive through the event loop
+// (QTest::qWait); times are seconds into the recording.
 class MonitorRecorder
 {
 public:
@@ -77,12 +69,10 @@ public:
     bool start();
     // So far: taken just before an action, it marks the action's place.
     double seconds() { return double(drain()) / m_rate; }
-    // RMS level (0 … 1 of full scale) over [fromSeconds, toSeconds), and of
-    // each whole window of windowSeconds from fromSeconds on.
+    // RMS level (0 … 1 of full scale) over [fromSeconds, toSeconds), and of each whole window from fromSeconds on.
     double level(double fromSeconds, double toSeconds);
     QList<double> levels(double windowSeconds, double fromSeconds = 0);
-    // Seconds from fromSeconds to the first sample louder than threshold, or
-    // -1 if none came; lastSoundBefore likewise backwards from toSeconds.
+    // Seconds from fromSeconds to the first sample above threshold (-1: none); lastSoundBefore likewise back from toSeconds.
     double firstSoundAfter(double fromSeconds, double threshold = 0.02);
     double lastSoundBefore(double toSeconds, double threshold = 0.02);
 

@@ -17,8 +17,7 @@ StdoutCapture::StdoutCapture(int fd)
 
 StdoutCapture::~StdoutCapture()
 {
-    // A check that failed while capturing wrote its message here: pass it on,
-    // with what the program printed, or the failure would go unexplained.
+    // A check failing while capturing wrote its message here: pass it on, with what was printed, or it goes unexplained.
     const QByteArray held = QTest::currentTestFailed() ? text().toUtf8() : QByteArray();
     std::fflush(nullptr);
     dup2(m_savedFd, m_fd);

@@ -3,9 +3,7 @@
 #include <QStringList>
 #include <QTemporaryFile>
 
-// Captures what the program prints on standard output (or, given its file
-// descriptor, standard error) while it is alive, so that a test can check the
-// exact one-line messages.
+// What the program prints on standard output (or the descriptor given) while this lives: the exact one-line messages.
 class StdoutCapture
 {
 public:

@@ -4,10 +4,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-// A private HOME with an empty Documents folder for one test binary, made
-// before the application object exists, so that no test ever touches the real
-// user's files. Widget tests get the offscreen platform unless the test was
-// registered as needing the display (PLINK_TEST_DISPLAY).
+// A private HOME with an empty Documents for one test binary, made before the application object, so that no test
+// touches the user's files; the offscreen platform unless the test was registered as needing the display.
 class TestEnvironment
 {
 public:

@@ -1,7 +1,5 @@
 #pragma once
 
-// Small file helpers the store, desktop and fault tests share.
-
 #include "store/records.h"
 #include "support/testenvironment.h"
 
