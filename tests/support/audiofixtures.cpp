@@ -14,13 +14,10 @@ namespace AudioFixtures {
 
 namespace {
 
-bool writeBytes(const char* caller, const QString& path, const QByteArray& bytes)
+bool writeBytes(const QString& path, const QByteArray& bytes)
 {
     QFile file(path);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size())
-        return true;
-    qWarning() << caller << "cannot write" << path;
-    return false;
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
 }
 
 // The four bytes of value, most significant first, of bits each: ID3v2.4
@@ -55,24 +52,20 @@ bool makeTone(const QString& path, const Tone& tone)
     const QString signal = tone.silentTo > tone.silentFrom
         ? QStringLiteral("if(between(t,%1,%2),0,%3)").arg(tone.silentFrom).arg(tone.silentTo).arg(wave)
         : wave;
-    QStringList arguments = QStringLiteral("-nostdin -y -loglevel error -f lavfi -i aevalsrc='%1':s=44100:d=%2")
-                                .arg(signal).arg(tone.seconds).split(QLatin1Char(' '));
-    if (!tone.picturePath.isEmpty())
+    const bool picture = !tone.picturePath.isEmpty(), tagged = picture || !tone.title.isEmpty() || !tone.artist.isEmpty();
+    const auto split = [](const QString& options) { return options.split(QLatin1Char(' '), Qt::SkipEmptyParts); };
+    QStringList arguments = split(QStringLiteral("-nostdin -y -loglevel error -f lavfi -i aevalsrc='%1':s=44100:d=%2")
+                                      .arg(signal).arg(tone.seconds));
+    if (picture)
         arguments << QStringLiteral("-i") << tone.picturePath;
-    // The suffix's own codec; the bit rate is for the lossy ones.
-    arguments << QStringLiteral("-map 0:a -map_metadata -1").split(QLatin1Char(' '))
-              << (tone.variableBitRate ? QStringLiteral("-q:a 2") : QStringLiteral("-b:a 128k")).split(QLatin1Char(' '));
-    if (!tone.xingHeader)
-        arguments << QStringLiteral("-write_xing") << QStringLiteral("0");
-    if (!tone.picturePath.isEmpty())
-        arguments << QStringLiteral("-map 1:v -c:v copy -disposition:v attached_pic").split(QLatin1Char(' '));
-    if (!tone.title.isEmpty())
-        arguments << QStringLiteral("-metadata") << QStringLiteral("title=") + tone.title;
-    if (!tone.artist.isEmpty())
-        arguments << QStringLiteral("-metadata") << QStringLiteral("artist=") + tone.artist;
-    // No ID3 tag at all unless asked for, so that writeId3Tag() controls it.
-    if (path.endsWith(QLatin1String(".mp3")) && tone.title.isEmpty() && tone.artist.isEmpty() && tone.picturePath.isEmpty())
-        arguments << QStringLiteral("-id3v2_version") << QStringLiteral("0");
+    // The suffix's own codec; the bit rate is for the lossy ones. An untagged MP3 has no ID3 tag at all, so that
+    // writeId3Tag() controls it; an empty title or artist is no tag.
+    arguments << split(QStringLiteral("-map 0:a -map_metadata -1 ") + (tone.variableBitRate ? "-q:a 2" : "-b:a 128k")
+                       + (tone.xingHeader ? "" : " -write_xing 0")
+                       + (picture ? " -map 1:v -c:v copy -disposition:v attached_pic" : "")
+                       + (tagged || !path.endsWith(QLatin1String(".mp3")) ? "" : " -id3v2_version 0"))
+              << QStringLiteral("-metadata") << QStringLiteral("title=") + tone.title
+              << QStringLiteral("-metadata") << QStringLiteral("artist=") + tone.artist;
     if (QProcess::execute(QStringLiteral("ffmpeg"), arguments << path) == 0)
         return true;
     qWarning() << "makeTone: ffmpeg failed:" << arguments;
@@ -83,10 +76,7 @@ bool makePicture(const QString& path, int width, int height, unsigned rgb)
 {
     QImage image(width, height, QImage::Format_RGB32);
     image.fill(QColor::fromRgb(rgb));
-    if (image.save(path, "PNG"))
-        return true;
-    qWarning() << "makePicture: cannot write" << path;
-    return false;
+    return image.save(path, "PNG");
 }
 
 qint64 xingFrameCount(const QByteArray& mp3)
@@ -101,11 +91,8 @@ QByteArray withVbriHeader(const QByteArray& mp3, quint32 frames)
 {
     // The first frame's version, layer, rate and channels at 128 kbit/s, unpadded: 417 bytes, all zero (silence
     // to a decoder that does not know VBRI) but for the VBRI header 32 bytes past the frame's own.
-    QByteArray frame(417, '\0');
-    frame[0] = mp3[0];
-    frame[1] = mp3[1];
+    QByteArray frame = mp3.left(4) + QByteArray(413, '\0');
     frame[2] = char(0x90 | (mp3[2] & 0x0C));
-    frame[3] = mp3[3];
     frame.replace(36, 4, "VBRI");
     frame[41] = 1; // version
     qToBigEndian<quint32>(quint32(mp3.size()), frame.data() + 46);
@@ -134,11 +121,9 @@ QByteArray id3Tag(const QList<Id3Frame>& frames, int version, bool extendedHeade
 bool writeId3Tag(const QString& path, const QByteArray& tag)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        qWarning() << "writeId3Tag: cannot read" << path;
+    QByteArray content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (content.isEmpty())
         return false;
-    }
-    QByteArray content = file.readAll();
     if (content.startsWith("RIFF") && content.mid(8, 4) == "WAVE") {
         // A RIFF chunk "id3 " at the end, padded to an even size.
         QByteArray size(4, '\0');
@@ -148,14 +133,14 @@ bool writeId3Tag(const QString& path, const QByteArray& tag)
     } else {
         content.prepend(tag);
     }
-    return writeBytes("writeId3Tag:", path, content);
+    return writeBytes(path, content);
 }
 
 bool writeRandomBytes(const QString& path, int size, unsigned seed)
 {
     QList<quint32> words((size + 3) / 4);
     QRandomGenerator(seed).fillRange(words.data(), words.size());
-    return writeBytes("writeRandomBytes:", path, QByteArray(reinterpret_cast<const char*>(words.constData()), size));
+    return writeBytes(path, QByteArray(reinterpret_cast<const char*>(words.constData()), size));
 }
 
 MonitorRecorder::~MonitorRecorder()

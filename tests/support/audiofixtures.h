@@ -6,7 +6,7 @@
 #include <QString>
 #include <QtEndian>
 
-// Audio files made on the spot, and an ear on the test sound server; a failure is a qWarning and a false or empty result.
+// Audio files made on the spot, and an ear on the test sound server; a failure is a false or empty result.
 namespace AudioFixtures {
 
 // A sine tone at -18 dBFS made with ffmpeg, offset seconds into one endless tone (tones at offsets 0, 2, 4 … of 2 s
