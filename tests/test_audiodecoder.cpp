@@ -20,6 +20,9 @@ QByteArray apeTag()
     return end('\xa0') + QByteArray("\4\0\0\0\0\0\0\0Title\0Song", 18) + end('\x80');
 }
 
+// Tags: a 300-KB cover in front, APE and ID3v1 tags at the end.
+struct Mp3 { bool variable, xing, vbri, tags; };
+
 } // namespace
 
 class TestAudioDecoder : public QObject
@@ -33,22 +36,17 @@ private slots:
     // header's delay and padding), or else what its frames hold; decoded at its own 44.1 kHz to the end.
     void mp3LengthIsThatOfItsAudio_data()
     {
-        QTest::addColumn<bool>("variable");
-        QTest::addColumn<bool>("xing");
-        QTest::addColumn<bool>("vbri");
-        QTest::addColumn<bool>("tags"); // a 300-KB cover in front, APE and ID3v1 tags at the end
-        QTest::newRow("CBR, Info header") << false << true << false << true;
-        QTest::newRow("CBR, no header") << false << false << false << true;
-        QTest::newRow("VBR, Xing header") << true << true << false << false;
-        QTest::newRow("VBR, VBRI header") << true << false << true << true;
-        QTest::newRow("VBR, no header") << true << false << false << false;
+        QTest::addColumn<Mp3>("mp3");
+        QTest::newRow("CBR, Info header") << Mp3{false, true, false, true};
+        QTest::newRow("CBR, no header") << Mp3{false, false, false, true};
+        QTest::newRow("VBR, Xing header") << Mp3{true, true, false, false};
+        QTest::newRow("VBR, VBRI header") << Mp3{true, false, true, true};
+        QTest::newRow("VBR, no header") << Mp3{true, false, false, false};
     }
     void mp3LengthIsThatOfItsAudio()
     {
-        QFETCH(bool, variable);
-        QFETCH(bool, xing);
-        QFETCH(bool, vbri);
-        QFETCH(bool, tags);
+        QFETCH(Mp3, mp3);
+        const auto [variable, xing, vbri, tags] = mp3;
         const QString path = TestEnvironment::documents() + "/tone.mp3";
         Tone tone(3.0);
         tone.variableBitRate = variable;
@@ -56,19 +54,19 @@ private slots:
         const qint64 frames = xingFrameCount(TestFiles::readFile(path)); // the same frames without the header
         tone.xingHeader = xing;
         QVERIFY(frames > 0 && makeTone(path, tone));
-        QByteArray mp3 = TestFiles::readFile(path);
+        QByteArray bytes = TestFiles::readFile(path);
         if (vbri)
-            mp3 = withVbriHeader(mp3, quint32(frames));
+            bytes = withVbriHeader(bytes, quint32(frames));
         if (tags)
-            mp3 = id3Tag({pictureFrame(QByteArray(300 * 1024, 'x'))}) + mp3 + apeTag() + "TAG" + QByteArray(125, ' ');
-        QVERIFY(TestFiles::writeFile(path, mp3));
+            bytes = id3Tag({pictureFrame(QByteArray(300 * 1024, 'x'))}) + bytes + apeTag() + "TAG" + QByteArray(125, ' ');
+        QVERIFY(TestFiles::writeFile(path, bytes));
 
         // Without a LAME header, every frame plays whole.
         const double expected = xing ? 3.0 : double(frames) * 1152 / 44100;
         QString error;
         const std::unique_ptr<AudioDecoder> decoder = AudioDecoder::openFile(path, 44100, &error);
         QVERIFY2(decoder, qPrintable(error));
-        const double length = decoder->duration(), decoded = double(AudioDecoder::decodeAll(mp3, 44100, &error).size()) / 2 / 44100;
+        const double length = decoder->duration(), decoded = double(AudioDecoder::decodeAll(bytes, 44100, &error).size()) / 2 / 44100;
         QVERIFY2(qAbs(length - expected) < 0.002 && qAbs(decoded - expected) < 0.002,
                  qPrintable(QStringLiteral("%1 s long, %2 s decoded, %3 s expected").arg(length).arg(decoded).arg(expected)));
     }

@@ -4,6 +4,9 @@
 
 #include <QCoreApplication>
 
+// A drag on the scrub bar of the layout's right end maxX: the thumb's place and the seek's fraction (-1: no seek).
+struct Drag { bool superSized; double maxX, pointerX, thumbX, fraction; };
+
 // Where the skin puts things and where the window snaps, over the default layout (close 17 × 14 at (9.5, 11),
 // text lines 152 wide, the scrub bar from 117.5 to 266.5 at 65.5).
 class SkinGeometryTest : public QObject
@@ -27,23 +30,16 @@ private slots:
 
     void scrubDragIsClampedToScaledBounds_data()
     {
-        QTest::addColumn<bool>("superSized");
-        QTest::addColumn<double>("maxX"); // the bar's right end in the layout
-        QTest::addColumn<double>("pointerX");
-        QTest::addColumn<double>("thumbX");
-        QTest::addColumn<double>("fraction"); // -1: no seek
-        QTest::newRow("left of the bar") << false << 266.5 << 3.0 << 117.5 << 0.0;
-        QTest::newRow("enlarged right") << true << 266.5 << 500.0 << 399.75 << 1.0;
-        QTest::newRow("enlarged quarter") << true << 266.5 << 232.125 << 232.125 << 0.25;
-        QTest::newRow("no travel never seeks") << false << 117.5 << 500.0 << 117.5 << -1.0;
+        QTest::addColumn<Drag>("drag");
+        QTest::newRow("left of the bar") << Drag{false, 266.5, 3.0, 117.5, 0.0};
+        QTest::newRow("enlarged right") << Drag{true, 266.5, 500.0, 399.75, 1.0};
+        QTest::newRow("enlarged quarter") << Drag{true, 266.5, 232.125, 232.125, 0.25};
+        QTest::newRow("no travel never seeks") << Drag{false, 117.5, 500.0, 117.5, -1.0};
     }
     void scrubDragIsClampedToScaledBounds()
     {
-        QFETCH(bool, superSized);
-        QFETCH(double, maxX);
-        QFETCH(double, pointerX);
-        QFETCH(double, thumbX);
-        QFETCH(double, fraction);
+        QFETCH(Drag, drag);
+        const auto [superSized, maxX, pointerX, thumbX, fraction] = drag;
         const ScrubBounds bounds = scrubBounds(ThemeData{.scrubberMaxPosX = maxX}, skinScale(superSized));
         QCOMPARE(clampedDragX(bounds, pointerX), thumbX);
         QCOMPARE(seekFraction(bounds, thumbX).value_or(-1.0), fraction);

@@ -10,6 +10,10 @@
 using namespace AudioFixtures;
 using Frames = QList<Id3Frame>;
 
+// Hand-made ID3 frames ("extended": of that version, with an extended header; "cover": a red, then a blue picture,
+// the first being the cover) or, without frames, the container's own tags holding Song/Band and the red cover.
+struct Tagged { QString name; Frames frames; int extended; bool cover; TrackTags expected; };
+
 class TestTagReader : public QObject
 {
     Q_OBJECT
@@ -17,43 +21,34 @@ class TestTagReader : public QObject
 private slots:
     void init() { TestEnvironment::wipeHome(); }
 
-    // Hand-made ID3 frames ("extended": of that version, with an extended header; "cover": a red, then a blue picture,
-    // the first being the cover) or, without frames, the container's own tags holding Song/Band and the red cover.
     void readsTitleArtistAndCover_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<Frames>("frames");
-        QTest::addColumn<int>("extended");
-        QTest::addColumn<bool>("cover");
-        QTest::addColumn<TrackTags>("expected");
+        QTest::addColumn<Tagged>("row");
         using enum Encoding;
         const QString cafe = "Café Olé", bjork = "Björk", cyrillic = "Добрый день ♫", tokyo = "東京事変 🎸", other = "Other";
-        QTest::newRow("first of several, Latin-1; TPE2 is no artist") << "several.mp3"
-            << Frames{textFrame("TPE2", other), textFrame("TIT2", cafe), textFrame("TPE1", bjork), textFrame("TIT2", other),
-                      textFrame("TPE1", other)} << 0 << true << TrackTags{cafe, bjork};
-        QTest::newRow("UTF-16 with BOM") << "utf16.mp3"
-            << Frames{textFrame("TIT2", cyrillic, Utf16), textFrame("TPE1", tokyo, Utf16)} << 0 << false << TrackTags{cyrillic, tokyo};
-        QTest::newRow("UTF-8 and UTF-16BE, artist first") << "utf8.mp3"
-            << Frames{textFrame("TPE1", cyrillic, Utf8), textFrame("TIT2", tokyo, Utf16BE)} << 0 << false << TrackTags{tokyo, cyrillic};
-        QTest::newRow("blank is missing") << "blank.mp3" << Frames{textFrame("TIT2", "  "), textFrame("TPE1", "", Utf8)} << 0 << false << TrackTags();
-        QTest::newRow("several values in a frame, a blank one left out") << "values.mp3"
-            << Frames{textFrame("TIT2", QStringList{"Intro", " ", "Outro"}.join(QChar(0)), Utf8),
-                      textFrame("TPE1", QStringList{"2 Unlimited", "Ray", "Anita"}.join(QChar(0)))}
-            << 0 << false << TrackTags{"Intro / Outro", "2 Unlimited / Ray / Anita"};
-        QTest::newRow("ID3v2.3, extended header") << "extended.mp3" << Frames{textFrame("TIT2", cafe), textFrame("TPE1", bjork)}
-            << 3 << false << TrackTags{cafe, bjork};
-        QTest::newRow("ID3v2.4 chunk of a WAV file, extended header") << "chunk.wav"
-            << Frames{textFrame("TIT2", cafe), textFrame("TPE1", bjork)} << 4 << false << TrackTags{cafe, bjork};
-        QTest::newRow("ffmpeg's own ID3v2.4") << "tagged.mp3" << Frames() << 0 << false << TrackTags{"Song", "Band"};
-        QTest::newRow("MP4 atoms and covr") << "atoms.m4a" << Frames() << 0 << true << TrackTags();
-        QTest::newRow("FLAC comments and picture") << "comments.flac" << Frames() << 0 << true << TrackTags();
+        QTest::newRow("first of several, Latin-1; TPE2 is no artist") << Tagged{"several.mp3",
+            {textFrame("TPE2", other), textFrame("TIT2", cafe), textFrame("TPE1", bjork), textFrame("TIT2", other), textFrame("TPE1", other)},
+            0, true, {cafe, bjork}};
+        QTest::newRow("UTF-16 with BOM") << Tagged{"utf16.mp3", {textFrame("TIT2", cyrillic, Utf16), textFrame("TPE1", tokyo, Utf16)},
+                                                   0, false, {cyrillic, tokyo}};
+        QTest::newRow("UTF-8 and UTF-16BE, artist first") << Tagged{"utf8.mp3",
+            {textFrame("TPE1", cyrillic, Utf8), textFrame("TIT2", tokyo, Utf16BE)}, 0, false, {tokyo, cyrillic}};
+        QTest::newRow("blank is missing") << Tagged{"blank.mp3", {textFrame("TIT2", "  "), textFrame("TPE1", "", Utf8)}, 0, false, {}};
+        QTest::newRow("several values in a frame, a blank one left out") << Tagged{"values.mp3",
+            {textFrame("TIT2", QStringList{"Intro", " ", "Outro"}.join(QChar(0)), Utf8),
+             textFrame("TPE1", QStringList{"2 Unlimited", "Ray", "Anita"}.join(QChar(0)))},
+            0, false, {"Intro / Outro", "2 Unlimited / Ray / Anita"}};
+        const Frames frames{textFrame("TIT2", cafe), textFrame("TPE1", bjork)};
+        QTest::newRow("ID3v2.3, extended header") << Tagged{"extended.mp3", frames, 3, false, {cafe, bjork}};
+        QTest::newRow("ID3v2.4 chunk of a WAV file, extended header") << Tagged{"chunk.wav", frames, 4, false, {cafe, bjork}};
+        QTest::newRow("ffmpeg's own ID3v2.4") << Tagged{"tagged.mp3", {}, 0, false, {"Song", "Band"}};
+        QTest::newRow("MP4 atoms and covr") << Tagged{"atoms.m4a", {}, 0, true, {}};
+        QTest::newRow("FLAC comments and picture") << Tagged{"comments.flac", {}, 0, true, {}};
     }
     void readsTitleArtistAndCover()
     {
-        QFETCH(QString, name);
-        QFETCH(Frames, frames);
-        QFETCH(int, extended);
-        QFETCH(bool, cover);
+        QFETCH(Tagged, row);
+        auto& [name, frames, extended, cover, expected] = row;
         const QString dir = TestEnvironment::documents() + '/';
         const auto picture = [&](const QString& file, unsigned rgb) { // 40 × 30 of one colour
             return makePicture(dir + file, 40, 30, rgb) ? TestFiles::readFile(dir + file) : QByteArray();
@@ -78,7 +73,6 @@ private slots:
         QList<TrackTags> read;
         collectTracksAsync(urls, this, [&](const CollectedTracks& found) { read = QThread::currentThread() == thread() ? found.tags : read; });
         QVERIFY(read.isEmpty());
-        QFETCH(TrackTags, expected);
         QTRY_COMPARE(read, QList<TrackTags>{expected});
         const QImage art = readAlbumArt(path);
         QVERIFY(cover ? art.size() == QSize(40, 30) && QColor(art.pixel(20, 15)) == QColor(Qt::red) : art.isNull());
