@@ -37,32 +37,17 @@ QString playlistsFolder()
     return TestEnvironment::documents() + "/plinkBox-1/Playlists";
 }
 
-struct Edit {
-    QString file;
-    QByteArray from, to;
-    bool decodes = false;
-};
+struct Edit { QString file; QByteArray from, to; bool decodes = false; };
 
 // A move of the next/previous rules, in a playlist of count tracks (-1: no file).
-struct Move {
-    bool next;
-    int count, from;
-    bool loop, shuffle;
-    int to;
-};
+struct Move { bool next; int count, from; bool loop, shuffle; int to; };
 
 enum class Action { start, createPlaylist, deletePlaylist, writeDefaultTheme, saveSettings, writeTracks };
 
 // What stands where (in Documents; "playlist": a playlist's file) or which write fails ("write n": the nth write or sync,
 // "limit": a file-size limit), what is done then, how each printed line begins ('@': the file written); content: a
 // "text"'s, or the theme written.
-struct Fault {
-    QString thing, where;
-    Action action;
-    QStringList printed;
-    QByteArray content = {};
-};
-
+struct Fault { QString thing, where; Action action; QStringList printed; QByteArray content = {}; };
 
 } // namespace
 

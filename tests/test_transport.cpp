@@ -15,14 +15,9 @@ using PlayerFixture::printedBy;
 // One press: what, on which playlist (0 "Untitled", empty; 1 "Three"; 2 "Two") and track, playing, looping; then the
 // track left current, whether music plays, and the interface sound heard.
 struct Press {
-    QString action;
-    int argument, playlist, track;
-    bool playing, loop;
-    int toTrack;
-    bool playingAfter;
-    QString sound;
+    QString action; int argument, playlist, track; bool playing, loop;
+    int toTrack; bool playingAfter; QString sound;
 };
-Q_DECLARE_METATYPE(Press)
 
 class TransportTest : public QObject
 {
