@@ -27,13 +27,14 @@ private slots:
         using enum Encoding;
         const QString cafe = "Café Olé", bjork = "Björk", cyrillic = "Добрый день ♫", tokyo = "東京事変 🎸", other = "Other";
         QTest::newRow("first of several, Latin-1; TPE2 is no artist") << Tagged{"several.mp3",
-            {textFrame("TPE2", other), textFrame("TIT2", cafe), textFrame("TPE1", bjork), textFrame("TIT2", other), textFrame("TPE1", other)},
-            0, true, {cafe, bjork}};
-        QTest::newRow("UTF-16 with BOM") << Tagged{"utf16.mp3", {textFrame("TIT2", cyrillic, Utf16), textFrame("TPE1", tokyo, Utf16)},
-                                                   0, false, {cyrillic, tokyo}};
+            {textFrame("TPE2", other), textFrame("TIT2", cafe), textFrame("TPE1", bjork), textFrame("TIT2", other),
+             textFrame("TPE1", other)}, 0, true, {cafe, bjork}};
+        QTest::newRow("UTF-16 with BOM") << Tagged{"utf16.mp3",
+            {textFrame("TIT2", cyrillic, Utf16), textFrame("TPE1", tokyo, Utf16)}, 0, false, {cyrillic, tokyo}};
         QTest::newRow("UTF-8 and UTF-16BE, artist first") << Tagged{"utf8.mp3",
             {textFrame("TPE1", cyrillic, Utf8), textFrame("TIT2", tokyo, Utf16BE)}, 0, false, {tokyo, cyrillic}};
-        QTest::newRow("blank is missing") << Tagged{"blank.mp3", {textFrame("TIT2", "  "), textFrame("TPE1", "", Utf8)}, 0, false, {}};
+        QTest::newRow("blank is missing")
+            << Tagged{"blank.mp3", {textFrame("TIT2", "  "), textFrame("TPE1", "", Utf8)}, 0, false, {}};
         QTest::newRow("several values in a frame, a blank one left out") << Tagged{"values.mp3",
             {textFrame("TIT2", QStringList{"Intro", " ", "Outro"}.join(QChar(0)), Utf8),
              textFrame("TPE1", QStringList{"2 Unlimited", "Ray", "Anita"}.join(QChar(0)))},
