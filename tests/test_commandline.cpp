@@ -55,9 +55,7 @@ private slots:
         QCOMPARE(run(PLINK_EXECUTABLE, {"--bogus"}).first, 2);
 
         // "Playing Tone 1": titles as in the playlist; "Track" for a file without tags.
-        const auto now = [] {
-            return run("playerctl", {"-p", "plinkbox", "metadata", "-f", "{{status}} {{title}}"}).second;
-        };
+        const auto now = [] { return run("playerctl", {"-p", "plinkbox", "metadata", "-f", "{{status}} {{title}}"}).second; };
         QProcess player; // killed, if still running, when the test ends
         player.start(QStringLiteral(PLINK_EXECUTABLE), {"-platform", "offscreen", "--play"});
         QTRY_COMPARE_WITH_TIMEOUT(now(), QStringLiteral("Playing Tone 1\n"), 10000);

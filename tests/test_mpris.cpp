@@ -26,10 +26,9 @@ QString trackIdIn(const QVariant& metadata)
 {
     return qdbus_cast<QVariantMap>(metadata).value("mpris:trackid").value<QDBusObjectPath>().path();
 }
-// playerctl, a real client, talking to this very process; words split at spaces.
-QString playerctl(const char* command)
+// playerctl, a real client, talking to this very process
+QString playerctl(const QStringList& words)
 {
-    const QStringList words = QString::fromLatin1(command).split(u' ');
     return PlayerFixture::run("playerctl", QStringList{"-p", "plinkbox"} + words).second.trimmed();
 }
 } // namespace
@@ -120,8 +119,8 @@ private slots:
         // Tracks arrive: Play and Next become possible, for playerctl too; Next while stopped only moves the index.
         rig.config.setCurrentPlaylistIndex(1);
         QTRY_VERIFY(m_announced.value("CanPlay").toBool() && m_announced.value("CanPause").toBool());
-        QCOMPARE(playerctl("metadata artist"), QStringLiteral("Sine"));
-        playerctl("next");
+        QCOMPARE(playerctl({"metadata", "artist"}), QStringLiteral("Sine"));
+        playerctl({"next"});
         QVERIFY(rig.config.currentTrackIndex() == 1 && !rig.player.isPlaying());
         // Loop and shuffle are saved as the menu saves them; a track loop is the playlist loop, the only one there is.
         // Without a loop Next stops at the list's end, Previous at its start.

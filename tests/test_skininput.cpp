@@ -100,10 +100,9 @@ private slots:
         QAccessibleInterface* skin = QAccessible::queryAccessibleInterface(m_view.get());
         const auto told = [&] {
             QStringList texts{skin->text(QAccessible::Description), m_view->nowPlayingText()};
-            for (int i = 0; i < skin->childCount(); ++i) {
+            for (int i = 0; i < skin->childCount(); ++i)
                 if (skin->child(i)->role() == QAccessible::StaticText && !skin->child(i)->state().invisible)
                     texts.append(skin->child(i)->text(QAccessible::Name));
-            }
             return texts;
         };
         QCOMPARE(told(), (QStringList{"Stopped", "plinkBox", "Tone 1", "Sine"}));
