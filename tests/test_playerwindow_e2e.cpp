@@ -8,10 +8,15 @@
 
 using AudioFixtures::MonitorRecorder;
 
-static QString xdotool(const QStringList& arguments)
+// Blocking: the event loop turning while xdotool runs made Ctrl+Q miss the player in some runs.
+static QString run(const QString& program, const QStringList& arguments)
 {
-    return PlayerFixture::run("xdotool", arguments).second.trimmed();
+    QProcess tool;
+    tool.start(program, arguments);
+    tool.waitForFinished(20000);
+    return QString::fromLocal8Bit(tool.readAllStandardOutput()).trimmed();
 }
+static QString xdotool(const QStringList& arguments) { return run("xdotool", arguments); }
 
 class PlayerWindowEndToEndTest : public QObject
 {
@@ -28,7 +33,7 @@ class PlayerWindowEndToEndTest : public QObject
             values.insert(line.section(u'=', 0, 0), line.section(u'=', 1).toInt());
         return QRect(values.value("X"), values.value("Y"), values.value("WIDTH"), values.value("HEIGHT"));
     }
-    QString windowProperty(const char* name) { return PlayerFixture::run("xprop", {"-id", m_window, name}).second; }
+    QString windowProperty(const char* name) { return run("xprop", {"-id", m_window, name}); }
 
 private slots:
     // On X even from a Wayland session; saved enlarged and floating, it starts so; play is heard, Space silences it; it
