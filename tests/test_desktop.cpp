@@ -12,8 +12,6 @@ class DesktopTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { TestEnvironment::wipeHome(); }
-
     // Names on the command line become file URLs; a Wayland session goes through XWayland unless a platform was chosen.
     void argumentsAndThePlatformOfTheSession()
     {
