@@ -1,12 +1,14 @@
 #include "app/mprisservice.h"
 #include "playerfixture.h"
 #include "support/testenvironment.h"
+#include "support/testfiles.h"
 
 #include <QApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusMetaType>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -19,6 +21,15 @@ QString signatureOf(const QVariant& value)
     if (value.metaType() == QMetaType::fromType<QDBusArgument>())
         return value.value<QDBusArgument>().currentSignature();
     return QString::fromLatin1(QDBusMetaType::typeToSignature(value.metaType()));
+}
+QString trackIdIn(const QVariant& metadata)
+{
+    return qdbus_cast<QVariantMap>(metadata).value("mpris:trackid").value<QDBusObjectPath>().path();
+}
+// playerctl, a real client, talking to this very process
+QString playerctl(const QStringList& words)
+{
+    return PlayerFixture::run("playerctl", QStringList{"-p", "plinkbox"} + words).second.trimmed();
 }
 } // namespace
 
@@ -63,8 +74,8 @@ private slots:
     // Every property read with its D-Bus type, every method called, both signals heard, where their answers differ.
     void everyMemberOfBothInterfaces()
     {
-        if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
-            QSKIP("needs the private session bus of scripts/testenv");
+        if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") || QStandardPaths::findExecutable("playerctl").isEmpty())
+            QSKIP("needs the private session bus and playerctl of scripts/testenv");
         QTemporaryDir folder;
         PlayerFixture::Rig rig(PlayerFixture::makeTones(folder.path(), 3, 3, 1)); // 3, 4 and 5 s: lengths tell them apart
         rig.config.setPlaysSounds(false);
@@ -79,11 +90,13 @@ private slots:
         QVERIFY(m_client.connect(QString(), MprisService::objectPath, playerInterface, QStringLiteral("Seeked"), this,
                                  SLOT(onSeeked(qlonglong))));
 
-        // name, D-Bus type, value (an invalid one: the type alone); with an empty playlist
+        const QRegularExpression mimeLine(QStringLiteral("^MimeType=(.*);$"), QRegularExpression::MultilineOption);
+        const QString mimeTypes = mimeLine.match(TestFiles::readFile(PLINK_DESKTOP_ENTRY)).captured(1);
+        // name, D-Bus type, value (an invalid one: the type alone); with an empty playlist; MIME types as the desktop entry's
         const QList<std::tuple<QString, QString, QVariant>> table = {
             {"CanQuit", "b", true}, {"CanRaise", "b", true}, {"HasTrackList", "b", false},
             {"Identity", "s", "plinkBox"}, {"DesktopEntry", "s", "plinkbox"},
-            {"SupportedUriSchemes", "as", QStringList{"file"}}, {"SupportedMimeTypes", "as", {}},
+            {"SupportedUriSchemes", "as", QStringList{"file"}}, {"SupportedMimeTypes", "as", mimeTypes.split(';')},
             {"PlaybackStatus", "s", "Stopped"}, {"LoopStatus", "s", "Playlist"}, {"Shuffle", "b", false},
             {"Rate", "d", 1.0}, {"MinimumRate", "d", 1.0}, {"MaximumRate", "d", 1.0}, {"Volume", "d", 1.0},
             {"Metadata", "a{sv}", {}}, {"Position", "x", 0LL}, {"CanControl", "b", true}, {"CanGoNext", "b", false},
@@ -94,22 +107,28 @@ private slots:
             const QVariant got = values.value(name);
             QVERIFY2(signatureOf(got) == type && (!value.isValid() || got == value), qPrintable(name));
         }
-        QCOMPARE(metadata().value("mpris:trackid").value<QDBusObjectPath>().path(),
-                 QStringLiteral("/org/mpris/MediaPlayer2/TrackList/NoTrack"));
+        const QString noTrack = QStringLiteral("/org/mpris/MediaPlayer2/TrackList/NoTrack");
+        QCOMPARE(trackIdIn(metadata()), noTrack);
         call(rootInterface, "Raise");
         QCOMPARE(raised, 1);
         call(playerInterface, "Play");
         call(playerInterface, "Next");
         QVERIFY(!rig.player.player());
 
-        // Tracks arrive: Play and Next become possible; without a loop Next stops at the list's end, Previous at its start.
+        // Tracks arrive: Play and Next become possible, for playerctl too; Next while stopped only moves the index.
         rig.config.setCurrentPlaylistIndex(1);
         QTRY_VERIFY(m_announced.value("CanPlay").toBool() && m_announced.value("CanPause").toBool());
+        QCOMPARE(playerctl({"metadata", "artist"}), QStringLiteral("Sine"));
+        playerctl({"next"});
+        QVERIFY(rig.config.currentTrackIndex() == 1 && !rig.player.isPlaying());
+        // Loop and shuffle are saved as the menu saves them; a track loop is the playlist loop, the only one there is.
+        // Without a loop Next stops at the list's end, Previous at its start.
         set("LoopStatus", "None");
         rig.config.setCurrentTrackIndex(2);
         QTRY_VERIFY(!m_announced.value("CanGoNext").toBool() && m_announced.value("CanGoPrevious").toBool());
-        set("LoopStatus", "Playlist");
-        QTRY_VERIFY(m_announced.value("CanGoNext").toBool());
+        QVERIFY(!TestFiles::storedSettings().loopTracks);
+        set("LoopStatus", "Track");
+        QTRY_VERIFY(m_announced.value("CanGoNext").toBool() && m_announced.value("LoopStatus") == "Playlist");
         set("LoopStatus", "None");
         for (const auto& [index, method] : {std::pair{2, "Next"}, {0, "Previous"}}) {
             rig.config.setCurrentTrackIndex(index);
@@ -128,6 +147,7 @@ private slots:
         call(playerInterface, "Next");
         QVariantMap now = metadata();
         QCOMPARE(signatureOf(now.value("mpris:trackid")) + signatureOf(now.value("xesam:artist")), QStringLiteral("oas"));
+        QVERIFY(QRegularExpression(QStringLiteral("^/org/plinkbox/track/[0-9A-F]{32}$")).match(trackIdIn(now)).hasMatch());
         QVERIFY(now.value("mpris:trackid") != first && get("PlaybackStatus") == "Paused");
         QVERIFY(now.value("mpris:length") == 4'000'000LL && get("Position") == 0LL && !get("CanSeek").toBool());
         call(playerInterface, "PlayPause");
@@ -150,16 +170,22 @@ private slots:
         QTRY_VERIFY(m_announced.value("Volume") == 0.25 && m_announced.value("CanGoNext").toBool());
         call(playerInterface, "Play");
         set("Rate", 0.0);
-        QVERIFY(get("PlaybackStatus") == "Paused" && rig.config.shuffleTracks());
+        QVERIFY(get("PlaybackStatus") == "Paused" && TestFiles::storedSettings().shuffleTracks);
         call(playerInterface, "Stop");
         QVERIFY(get("PlaybackStatus") == "Stopped" && get("Position") == 0LL);
         call(playerInterface, "OpenUri", {"file:///music/a%20b.flac"});
         QCOMPARE(opened, QList<QUrl>{QUrl::fromLocalFile("/music/a b.flac")});
 
+        // Another program cut the playlist short under the current track: no track, as the skin shows.
+        const QString file = rig.config.playlistFileURL(rig.three);
+        QByteArray bytes = TestFiles::readFile(file);
+        bytes.truncate(bytes.indexOf("}") + 1);
+        QVERIFY(TestFiles::writeFile(file, bytes + "\n  ]\n}"));
+        QCOMPARE(rig.config.readPlaylistTracks(rig.three)->size(), 1);
+        QTRY_COMPARE(trackIdIn(m_announced.value("Metadata")), noTrack);
+
         // Quit ends the application's event loop.
-        QTimer watchdog;
-        watchdog.callOnTimeout([] { QCoreApplication::exit(1); });
-        watchdog.start(5000);
+        QTimer::singleShot(5000, &service, [] { QCoreApplication::exit(1); }); // no Quit heard
         QTimer::singleShot(0, this, [this] {
             m_client.send(QDBusMessage::createMethodCall(MprisService::serviceName, MprisService::objectPath, rootInterface,
                                                          QStringLiteral("Quit")));

@@ -56,10 +56,7 @@ private slots:
 
         press(Qt::Key_Backtab);
         press(Qt::Key_Space); // "Delete playlist..." asks "Are you sure?"
-        const auto escapeLeavesOpen = [&] {
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
-            return window.isVisible();
-        };
+        const auto escapeLeavesOpen = [&] { QTest::keyClick(qApp->focusWidget(), Qt::Key_Escape); return window.isVisible(); };
         QVERIFY(escapeLeavesOpen());
         press(Qt::Key_Backtab, 5);
         QTest::keyClicks(QApplication::focusWidget(), "x");

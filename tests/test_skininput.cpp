@@ -58,26 +58,22 @@ private slots:
             QCOMPARE(timeText(row.position, row.length), QLatin1String(row.text));
     }
 
-    // From 30 s into an 80-s track at half volume, or with none open.
+    // From 30 s into an 80-s track at half volume, or with none open; a row of keys alone is named by them.
     void keysAndWheelSeekAndStepTheVolume_data()
     {
         QTest::addColumn<QStringList>("inputs");
         QTest::addColumn<double>("volume");
         QTest::addColumn<double>("position");
-        QTest::newRow("notch up over the skin") << QStringList{"skin+120"} << 0.6 << 30.0;
-        QTest::newRow("notch down over the skin") << QStringList{"skin-120"} << 0.4 << 30.0;
-        QTest::newRow("notch up over the scrub bar") << QStringList{"bar+120"} << 0.5 << 35.0;
-        QTest::newRow("three touchpad thirds") << QStringList{"skin+40", "skin+40", "skin+40"} << 0.6 << 30.0;
-        QTest::newRow("touchpad pixels") << QStringList{"pixels-60", "pixels-60"} << 0.4 << 30.0;
-        QTest::newRow("remainders carry over") << QStringList{"skin+100", "skin+100", "skin+100"} << 0.7 << 30.0;
-        QTest::newRow("a turn back starts afresh") << QStringList{"skin+100", "skin-20", "skin+100"} << 0.5 << 30.0;
-        QTest::newRow("Left") << QStringList{"Left"} << 0.5 << 25.0;
-        QTest::newRow("Shift+Right") << QStringList{"Shift+Right"} << 0.5 << 60.0;
-        QTest::newRow("Up") << QStringList{"Up"} << 0.6 << 30.0;
-        QTest::newRow("Down") << QStringList{"Down"} << 0.4 << 30.0;
-        QTest::newRow("Home") << QStringList{"Home"} << 0.5 << 0.0;
-        QTest::newRow("past the end, which ends it") << QStringList{"Shift+Right", "Shift+Right"} << 0.5 << 80.0;
-        QTest::newRow("no open track") << QStringList{"none", "skin+120", "bar+120", "Up", "Right"} << 1.0 << 0.0;
+        const struct { const char* name; const char* inputs; double volume, position; } rows[] = {
+            {"notch up over the skin", "skin+120", 0.6, 30}, {"notch down over the skin", "skin-120", 0.4, 30},
+            {"notch up over the scrub bar", "bar+120", 0.5, 35}, {"three touchpad thirds", "skin+40 skin+40 skin+40", 0.6, 30},
+            {"touchpad pixels", "pixels-60 pixels-60", 0.4, 30}, {"remainders carry over", "skin+100 skin+100 skin+100", 0.7, 30},
+            {"a turn back starts afresh", "skin+100 skin-20 skin+100", 0.5, 30}, {"", "Left", 0.5, 25},
+            {"", "Shift+Right", 0.5, 60}, {"", "Up", 0.6, 30}, {"", "Down", 0.4, 30}, {"", "Home", 0.5, 0},
+            {"past the end, which ends it", "Shift+Right Shift+Right", 0.5, 80},
+            {"no open track", "none skin+120 bar+120 Up Right", 1.0, 0}};
+        for (const auto& row : rows)
+            QTest::newRow(*row.name ? row.name : row.inputs) << QString(row.inputs).split(' ') << row.volume << row.position;
     }
     void keysAndWheelSeekAndStepTheVolume()
     {
@@ -104,10 +100,9 @@ private slots:
         QAccessibleInterface* skin = QAccessible::queryAccessibleInterface(m_view.get());
         const auto told = [&] {
             QStringList texts{skin->text(QAccessible::Description), m_view->nowPlayingText()};
-            for (int i = 0; i < skin->childCount(); ++i) {
+            for (int i = 0; i < skin->childCount(); ++i)
                 if (skin->child(i)->role() == QAccessible::StaticText && !skin->child(i)->state().invisible)
                     texts.append(skin->child(i)->text(QAccessible::Name));
-            }
             return texts;
         };
         QCOMPARE(told(), (QStringList{"Stopped", "plinkBox", "Tone 1", "Sine"}));

@@ -16,10 +16,10 @@ private slots:
         QTest::addColumn<QStringList>("languages");
         QTest::addColumn<QStringList>("shown");
         const QStringList english{"General", "Add tracks...", "Cancel", "Playlists"};
-        QTest::newRow("German environment")
-            << QStringList() << QStringList{"Allgemein", "Titel hinzufügen …", "Abbrechen", "Playlists"};
-        QTest::newRow("untranslated, then French")
-            << QStringList{"sw-KE", "fr"} << QStringList{"Général", "Ajouter des pistes…", "Annuler", "Playlists"};
+        QTest::newRow("German environment") << QStringList()
+                                            << QStringList{"Allgemein", "Titel hinzufügen …", "Abbrechen", "Playlists"};
+        QTest::newRow("untranslated, then French") << QStringList{"sw-KE", "fr"}
+                                                   << QStringList{"Général", "Ajouter des pistes…", "Annuler", "Playlists"};
         QTest::newRow("untranslated") << QStringList{"sw"} << english;
         QTest::newRow("English before German") << QStringList{"en-GB", "de-DE"} << english;
     }
@@ -27,10 +27,7 @@ private slots:
     {
         QFETCH(QStringList, languages);
         if (!languages.isEmpty()) {
-            for (QTranslator* installed : qApp->findChildren<QTranslator*>(Qt::FindDirectChildrenOnly)) {
-                QCoreApplication::removeTranslator(installed);
-                delete installed;
-            }
+            qDeleteAll(qApp->findChildren<QTranslator*>(Qt::FindDirectChildrenOnly)); // a translator deleted is removed
             installTranslations(*qApp, languages);
         }
         const QStringList labels{QCoreApplication::translate("SettingsView", "General"),
