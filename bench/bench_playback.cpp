@@ -16,6 +16,8 @@
 #include "playback/soundplayer.h"
 #include "support/audiofixtures.h"
 
+#include "resident.h"
+
 #include <QEventLoop>
 #include <QFile>
 #include <QGuiApplication>
@@ -56,18 +58,6 @@ double median(QList<double> values)
     return values.isEmpty() ? -1 : values.at(values.size() / 2);
 }
 
-// The process's resident memory in MiB, as the kernel counts it.
-double residentMiB()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024;
-    }
-    return -1;
-}
 
 } // namespace
 

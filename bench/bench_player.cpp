@@ -13,6 +13,8 @@
 #include "store/config.h"
 #include "support/audiofixtures.h"
 
+#include "resident.h"
+
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -37,17 +39,6 @@ double cpuSeconds(int who = RUSAGE_SELF)
         + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
 
-double residentMiB()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024;
-    }
-    return -1;
-}
 
 // Proportional set size: shared libraries counted by the share this process has of them.
 double proportionalMiB()

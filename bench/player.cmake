@@ -1,6 +1,6 @@
 # The player's start-up, CPU and memory beside their floors. Run it under
 # scripts/testenv (it needs a display and a sound server).
-add_executable(bench_player bench_player.cpp)
+add_executable(bench_player bench_player.cpp resident.h)
 target_link_libraries(bench_player PRIVATE plinkapp plinkart plinksounds plinktestsupport Qt6::Widgets plink_warnings)
 
 # A folder of 2,000 files opened from the command line, against the real
