@@ -3,6 +3,7 @@
 #include "playback/audioplayer.h"
 #include "player/skincontrols.h"
 #include "player/transport.h"
+#include "store/trackfiles.h"
 
 #include <QApplication>
 #include <QBitmap>
@@ -10,7 +11,6 @@
 #include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QMenu>
-#include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QWindow>
@@ -410,24 +410,10 @@ void ContentView::contextMenuEvent(QContextMenuEvent* event)
         m_commandMenu->popup(event->globalPos());
 }
 
-namespace {
-
-QList<QUrl> localUrls(const QMimeData* mime)
-{
-    QList<QUrl> urls;
-    for (const QUrl& url : mime->hasUrls() ? mime->urls() : QList<QUrl>()) {
-        if (url.isLocalFile())
-            urls.append(url);
-    }
-    return urls;
-}
-
-} // namespace
-
 // Files dropped on the player are opened as a file manager's "Open With" would.
 void ContentView::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (localUrls(event->mimeData()).isEmpty())
+    if (droppedLocalUrls(event->mimeData()).isEmpty())
         return event->ignore();
     event->setDropAction(Qt::CopyAction);
     event->accept();
@@ -435,7 +421,7 @@ void ContentView::dragEnterEvent(QDragEnterEvent* event)
 
 void ContentView::dropEvent(QDropEvent* event)
 {
-    const QList<QUrl> urls = localUrls(event->mimeData());
+    const QList<QUrl> urls = droppedLocalUrls(event->mimeData());
     if (urls.isEmpty())
         return event->ignore();
     event->setDropAction(Qt::CopyAction);

@@ -3,14 +3,15 @@
 #include "settings/trackdropdelegate.h"
 #include "settings/tracktablemodel.h"
 #include "store/jsonreader.h"
+#include "store/trackfiles.h"
 
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QPainter>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMimeData>
+#include <QPainter>
 
 TrackTable::TrackTable(TrackTableModel& model, TrackDropDelegate& delegate,
                        std::optional<Track>& draggedTrack, QWidget* parent)
@@ -37,18 +38,6 @@ TrackTable::TrackTable(TrackTableModel& model, TrackDropDelegate& delegate,
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
     horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     horizontalHeader()->setHighlightSections(false);
-}
-
-QList<QUrl> TrackTable::droppedFiles(const QMimeData* mime)
-{
-    QList<QUrl> files;
-    if (!mime || !mime->hasUrls())
-        return files;
-    for (const QUrl& url : mime->urls()) {
-        if (url.isLocalFile())
-            files.append(url);
-    }
-    return files;
 }
 
 void TrackTable::setPlaceholderText(const QString& text)
@@ -111,7 +100,7 @@ bool TrackTable::acceptsDrag(QDropEvent* event)
 {
     const QMimeData* mime = event->mimeData();
     if (mime->hasUrls()) {
-        if (droppedFiles(mime).isEmpty())
+        if (droppedLocalUrls(mime).isEmpty())
             return false;
         event->setDropAction(Qt::CopyAction);
         return true;
@@ -181,7 +170,7 @@ void TrackTable::dropEvent(QDropEvent* event)
     }
     event->accept();
     if (event->mimeData()->hasUrls()) {
-        emit filesDropped(droppedFiles(event->mimeData()));
+        emit filesDropped(droppedLocalUrls(event->mimeData()));
         return;
     }
     m_droppedOnRows = true;

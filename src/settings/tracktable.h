@@ -22,8 +22,6 @@ public:
     TrackTable(TrackTableModel& model, TrackDropDelegate& delegate, std::optional<Track>& draggedTrack,
                QWidget* parent = nullptr);
 
-    // The local files and folders among the dropped URLs, in their order.
-    static QList<QUrl> droppedFiles(const QMimeData* mime);
     // The line an empty table shows in its middle; none when empty.
     QString placeholderText() const { return m_placeholderText; }
     void setPlaceholderText(const QString& text);

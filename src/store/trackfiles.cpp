@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+#include <QMimeData>
 #include <QSet>
 #include <QStringDecoder>
 
@@ -349,4 +350,14 @@ bool exportPlaylist(const QList<Track>& tracks, const QString& playlistPath)
     if (!error.isEmpty())
         printLine(QStringLiteral("Failed to export playlist: %1").arg(error));
     return error.isEmpty();
+}
+
+QList<QUrl> droppedLocalUrls(const QMimeData* mime)
+{
+    QList<QUrl> urls;
+    for (const QUrl& url : mime && mime->hasUrls() ? mime->urls() : QList<QUrl>()) {
+        if (url.isLocalFile())
+            urls.append(url);
+    }
+    return urls;
 }

@@ -13,6 +13,8 @@
 
 #include <functional>
 
+class QMimeData;
+
 // What the user handed over, made into the audio files to add.
 struct FoundTracks {
     QList<QUrl> files;  // local file URLs (QUrl::fromLocalFile of absolute clean paths), in order
@@ -22,6 +24,8 @@ struct FoundTracks {
 // Files, folders and playlist files expanded into audio files, in the order handed.
 // cancelled (may be empty) is polled now and then; when it returns true the walk stops early.
 FoundTracks findTracks(const QList<QUrl>& handed, const std::function<bool()>& cancelled = {});
+// The local files and folders among dropped URLs, in their order.
+QList<QUrl> droppedLocalUrls(const QMimeData* mime);
 bool isAudioFileName(const QString& path);     // by extension, case-insensitive
 bool isPlaylistFileName(const QString& path);  // .m3u .m3u8 .pls, case-insensitive
 // One playlist file's entries (each entry that is a folder is walked like a handed folder).
