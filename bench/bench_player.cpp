@@ -13,6 +13,7 @@
 #include "store/config.h"
 #include "support/audiofixtures.h"
 
+#include "childrun.h"
 #include "resident.h"
 
 #include <QApplication>
@@ -29,16 +30,6 @@
 #include <sys/resource.h>
 
 namespace {
-
-// CPU seconds of the whole process, or of the calling thread only.
-double cpuSeconds(int who = RUSAGE_SELF)
-{
-    rusage usage{};
-    getrusage(who, &usage);
-    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
-        + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
 
 // Proportional set size: shared libraries counted by the share this process has of them.
 double proportionalMiB()
@@ -82,36 +73,6 @@ void reportCpuOver(const QString& name, double seconds)
     report(name + QStringLiteral("-ui"), (cpuSeconds(RUSAGE_THREAD) - thread) / seconds * 100);
 }
 
-// Says "painted" on the first paint of any window.
-class FirstPaint : public QObject
-{
-public:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        if (!m_seen && event->type() == QEvent::Paint && watched->isWidgetType()) {
-            m_seen = true;
-            QTextStream(stdout) << "painted" << Qt::endl;
-        }
-        return false;
-    }
-
-private:
-    bool m_seen = false;
-};
-
-int emptyWindow(int argc, char* argv[])
-{
-    QApplication app(argc, argv);
-    FirstPaint painted;
-    app.installEventFilter(&painted);
-    QWidget window;
-    window.resize(269, 96);
-    window.show();
-    QTimer::singleShot(300, &app, [] { reportMemory("idle"); });
-    QTimer::singleShot(400, &app, &QCoreApplication::quit);
-    return app.exec();
-}
-
 int plinkBox(int argc, char* argv[], const QString& file, double seconds)
 {
     QApplication app(argc, argv);
@@ -139,44 +100,6 @@ int plinkBox(int argc, char* argv[], const QString& file, double seconds)
     return 0;
 }
 
-struct Child {
-    double startupMs = -1;
-    QHash<QString, double> figures;
-};
-
-// Runs this program in a mode; times its start to the first "painted".
-Child runChild(const QStringList& arguments, const QString& home)
-{
-    Child result;
-    QProcess child;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("HOME"), home);
-    child.setProcessEnvironment(environment);
-    QElapsedTimer clock;
-    clock.start();
-    child.start(QCoreApplication::applicationFilePath(), arguments);
-    QByteArray output;
-    while (child.state() != QProcess::NotRunning || child.bytesAvailable()) {
-        child.waitForReadyRead(100);
-        while (child.canReadLine()) {
-            const QString line = QString::fromLocal8Bit(child.readLine()).trimmed();
-            if (line == QLatin1String("painted") && result.startupMs < 0)
-                result.startupMs = double(clock.nsecsElapsed()) / 1e6;
-            else if (line.count(QLatin1Char(' ')) == 1)
-                result.figures.insert(line.section(QLatin1Char(' '), 0, 0), line.section(QLatin1Char(' '), 1).toDouble());
-        }
-        if (child.state() == QProcess::NotRunning && !child.canReadLine())
-            break;
-    }
-    return result;
-}
-
-double median(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.isEmpty() ? -1 : values.at(values.size() / 2);
-}
-
 } // namespace
 
 int main(int argc, char* argv[])
@@ -188,7 +111,7 @@ int main(int argc, char* argv[])
         return list;
     }();
     if (arguments.value(0) == QLatin1String("--empty-window"))
-        return emptyWindow(argc, argv);
+        return emptyWindow(argc, argv, [] { reportMemory("idle"); });
     if (arguments.value(0) == QLatin1String("--plinkbox"))
         return plinkBox(argc, argv, arguments.value(1), arguments.value(2).toDouble());
 
