@@ -236,15 +236,11 @@ private slots:
         find(QStringLiteral("Scrub bar"))->valueInterface()->setCurrentValue(500);
         QCOMPARE(player().progress(), 0.5);
 
+        // Painting decodes no playlist file.
+        const int reads = config().playlistReads();
         m_view->repaint();
-        const int reads = m_view->playlistReads();
         m_view->repaint();
-        QCOMPARE(m_view->playlistReads(), reads);
-        auto tracks = *config().readPlaylistTracks(m_rig->three);
-        std::swap(tracks[0], tracks[1]);
-        config().writePlaylistTracks(m_rig->three, tracks);
-        m_view->repaint();
-        QCOMPARE(m_view->playlistReads(), reads + 1);
+        QCOMPARE(config().playlistReads(), reads);
     }
 
     // Files dropped on the skin are handed on to be opened; web addresses are not taken.

@@ -217,6 +217,54 @@ private slots:
         QVERIFY(!config.bringCurrentPlaylistIntoRange());
     }
 
+    // One track is found without decoding the rest unless the file is not as we write it; whole lists are decoded
+    // once per change of the file.
+    void playlistsAreDecodedOncePerChange_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<int>("index");
+        QTest::addColumn<QString>("title"); // "-": none
+        QTest::addColumn<bool>("decodedWhole");
+        const auto track = [](const char* title, const char* more = "") {
+            return QByteArray("{\"id\": \"0F6DCE3C-1D5B-4B52-A2A8-0D1B1D1E2F30\", \"urlString\": \"file:///a.mp3\", \"trackName\": \"")
+                + title + "\", \"artist\": \"x\"" + more + "}";
+        };
+        const QByteArray three = "{\n  \"tracks\" : [" + track("a") + ",\n" + track("b") + ", " + track("c") + "]\n}";
+        QTest::newRow("ours, last") << three << 2 << "c" << false;
+        QTest::newRow("past the end") << three << 3 << "-" << false;
+        QTest::newRow("other keys first") << "\xEF\xBB\xBF{\"x\": {\"y\": [\"]}\\\"\", 1.5e3, null]}, \"tracks\":[" + track("a", ", \"z\": [{}]")
+                + " , " + track("q\\\"uote") + "]}" << 1 << "q\"uote" << false;
+        QTest::newRow("not a list") << QByteArray("{\"tracks\": 5}") << 0 << "-" << true;
+        QTest::newRow("a field missing") << QByteArray("{\"tracks\": [{\"trackName\": \"a\"}]}") << 0 << "-" << true;
+        QTest::newRow("broken after it") << three.chopped(3) << 0 << "a" << false;
+    }
+
+    void playlistsAreDecodedOncePerChange()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(int, index);
+        QFETCH(QString, title);
+        QFETCH(bool, decodedWhole);
+        Config config;
+        const QUuid id = config.playlists().first().id;
+        QVERIFY(writeFile(config.playlistFileURL(id), text));
+        const std::optional<Track> track = config.playlistTrack(id, index);
+        QCOMPARE(track ? track->trackName : "-", title);
+        QCOMPARE(config.playlistReads(), int(decodedWhole));
+        if (QByteArray(QTest::currentDataTag()) != "ours, last")
+            return;
+        const QList<Track> written{Track::make("file:///b.mp3", "B", "Y")};
+        for (int i = 0; i < 2; ++i)
+            QCOMPARE(config.readPlaylistTracks(id)->value(index).trackName, title);
+        QCOMPARE(config.playlistReads(), 1);
+        config.writePlaylistTracks(id, written);
+        QCOMPARE(config.readPlaylistTracks(id), written);
+        QCOMPARE(config.playlistReads(), 1);
+        QVERIFY(writeFile(config.playlistFileURL(id), text)); // by another program
+        QCOMPARE(config.readPlaylistTracks(id)->value(index).trackName, title);
+        QCOMPARE(config.playlistReads(), 2);
+    }
+
     void movesFollowLoopAndShuffleRules_data()
     {
         QTest::addColumn<Move>("move");

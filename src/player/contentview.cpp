@@ -203,13 +203,7 @@ std::optional<Track> ContentView::currentTrack()
     const qint64 p = m_config.currentPlaylistIndex();
     if (p < 0 || p >= catalogue.size())
         return std::nullopt;
-    const QUuid id = catalogue.at(p).id;
-    const auto& tracks = m_trackCache.tracks(m_config.playlistFileURL(id),
-                                              [&] { return m_config.readPlaylistTracks(id); });
-    const qint64 t = m_config.currentTrackIndex();
-    if (!tracks || t < 0 || t >= tracks->size())
-        return std::nullopt;
-    return tracks->at(t);
+    return m_config.playlistTrack(catalogue.at(p).id, m_config.currentTrackIndex());
 }
 
 void ContentView::drawPicture(QPainter& painter, const QString& name, const QRectF& box)

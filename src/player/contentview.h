@@ -1,6 +1,5 @@
 #pragma once
 
-#include "player/playlistfilecache.h"
 #include "player/skingeometry.h"
 #include "player/wheelnotches.h"
 #include "store/config.h"
@@ -43,8 +42,6 @@ public:
     void setMovableByBackground(bool movable) { m_movableByBackground = movable; }
     // The "Player" command menu, opened by a right click. Not owned.
     void setCommandMenu(QMenu* menu) { m_commandMenu = menu; }
-    // How often the current playlist's file was decoded for the text lines.
-    int playlistReads() const { return m_trackCache.reads(); }
     // The open track's place and length ("1:23 / 4:56"); empty with none open.
     QString positionText() const { return m_shownTime; }
     // "Title — Artist", a line break and the time; "plinkBox" with none open.
@@ -126,7 +123,6 @@ private:
     bool m_movableByBackground = false;
     QPointer<QMenu> m_commandMenu;
     QPointer<QMenu> m_openMenu;
-    PlaylistFileCache m_trackCache;
     std::array<SkinButton*, 7> m_buttons{};
     SkinScrubBar* m_scrubBar = nullptr;
 

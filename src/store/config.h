@@ -74,8 +74,15 @@ public:
     // A file last found unreadable is first kept beside itself (".broken"), so
     // that its tracks can be recovered by hand.
     void writePlaylistTracks(const QUuid& id, const QList<Track>& tracks);
-    // Reads a playlist's file afresh; a failure prints its description.
+    // A playlist's tracks, decoded once per change of its file (what we wrote
+    // ourselves is kept as written); a failure prints its description once per change.
     std::optional<QList<Track>> readPlaylistTracks(const QUuid& id) const;
+    // One track of a playlist (none when out of range or unreadable): while the
+    // whole list has not been decoded, only that track is, so that the start-up
+    // costs the same with ten tracks or ten thousand.
+    std::optional<Track> playlistTrack(const QUuid& id, qint64 index) const;
+    // How many times a playlist file was decoded whole.
+    int playlistReads() const { return m_playlistReads; }
     // The tracks of the playlist at currentPlaylistIndex, read afresh. The
     // index must be in range (a programming error otherwise).
     std::optional<QList<Track>> currentPlaylistTracks() const;
@@ -147,4 +154,19 @@ private:
     SoundPlayer* m_soundPlayer = nullptr; // a child QObject
     PlaylistWatcher* m_playlistWatcher = nullptr; // a child QObject
     mutable QSet<QUuid> m_unreadablePlaylists; // as the last read of each found them
+    struct TracksRead {
+        QUuid id;
+        FileStamp stamp;
+        std::optional<QList<Track>> tracks;
+    };
+    mutable QList<TracksRead> m_tracksRead; // the last few playlists read, latest first
+    struct TrackRead {
+        QUuid id;
+        qint64 index = -1;
+        FileStamp stamp;
+        std::optional<Track> track;
+    };
+    mutable std::optional<TrackRead> m_trackRead;
+    mutable int m_playlistReads = 0;
+    void keepTracksRead(TracksRead read) const;
 };

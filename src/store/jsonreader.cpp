@@ -205,3 +205,106 @@ std::optional<QJsonObject> JsonObjectReader::objectAt(const QJsonArray& array, q
     m_error = QStringLiteral("Item %1 of \"%2\" is not an object.").arg(index).arg(key);
     return std::nullopt;
 }
+
+namespace {
+
+// Walks JSON text value by value; every step fails on text it cannot walk.
+struct JsonWalker {
+    QByteArrayView text;
+    qsizetype at = 0;
+
+    bool atEnd() const { return at >= text.size(); }
+    char next()
+    {
+        while (!atEnd() && (text[at] == ' ' || text[at] == '\n' || text[at] == '\r' || text[at] == '\t'))
+            ++at;
+        return atEnd() ? '\0' : text[at];
+    }
+    bool take(char c)
+    {
+        if (next() != c)
+            return false;
+        ++at;
+        return true;
+    }
+    bool string(QByteArrayView* content = nullptr)
+    {
+        if (!take('"'))
+            return false;
+        const qsizetype start = at;
+        for (; !atEnd(); ++at) {
+            if (text[at] == '\\') {
+                ++at;
+            } else if (text[at] == '"') {
+                if (content)
+                    *content = text.sliced(start, at - start);
+                ++at;
+                return true;
+            }
+        }
+        return false;
+    }
+    bool value()
+    {
+        const char first = next();
+        if (first == '"')
+            return string();
+        if (first != '{' && first != '[') {
+            const qsizetype start = at;
+            while (!atEnd() && !QByteArrayView(",:]} \n\r\t").contains(text[at]))
+                ++at;
+            return at > start;
+        }
+        int depth = 0;
+        while (!atEnd()) {
+            const char c = text[at];
+            if (c == '"') {
+                if (!string())
+                    return false;
+                continue;
+            }
+            ++at;
+            if (c == '{' || c == '[')
+                ++depth;
+            else if ((c == '}' || c == ']') && --depth == 0)
+                return true;
+        }
+        return false;
+    }
+};
+
+} // namespace
+
+JsonElement jsonArrayElement(QByteArrayView json, QLatin1StringView key, qsizetype index)
+{
+    JsonWalker walk{json};
+    if (json.startsWith("\xEF\xBB\xBF"))
+        walk.at = 3;
+    if (!walk.take('{'))
+        return {};
+    // A key written with escapes is not recognised here; the caller then decodes it all.
+    while (walk.next() == '"') {
+        QByteArrayView name;
+        if (!walk.string(&name) || !walk.take(':'))
+            return {};
+        if (name != key) {
+            if (!walk.value() || (!walk.take(',') && walk.next() != '}'))
+                return {};
+            continue;
+        }
+        if (!walk.take('['))
+            return {};
+        for (qsizetype i = 0;; ++i) {
+            if (walk.next() == ']')
+                return {JsonElement::Outcome::pastTheEnd, {}};
+            const qsizetype start = walk.at;
+            if (!walk.value())
+                return {};
+            if (i == index)
+                return {JsonElement::Outcome::found, json.sliced(start, walk.at - start)};
+            if (!walk.take(',') && walk.next() != ']')
+                return {};
+        }
+    }
+    return {};
+}

@@ -62,3 +62,12 @@ QString uuidText(const QUuid& id);
 // '?'; each such half becomes U+FFFD instead, where the text comes in, so that
 // what we hold is what we write.
 QString withPairedSurrogates(QString text);
+
+// Finds element index of the array under key in the JSON object in json
+// without decoding the rest: the start-up shows one track of a playlist that
+// may hold thousands. The text is only located, not checked: decode it.
+struct JsonElement {
+    enum class Outcome { found, pastTheEnd, notFound } outcome = Outcome::notFound;
+    QByteArrayView text; // when found
+};
+JsonElement jsonArrayElement(QByteArrayView json, QLatin1StringView key, qsizetype index);

@@ -95,23 +95,72 @@ void Config::writePlaylistTracks(const QUuid& id, const QList<Track>& tracks)
     if (!error.isEmpty())
         printLine(QStringLiteral("Failed to write theme.json: ") + error);
     else {
+        keepTracksRead({id, fileStamp(playlistFileURL(id)), tracks});
         if (m_playlistWatcher)
             m_playlistWatcher->noteWritten(id);
         emit playlistTracksWritten(id);
     }
 }
 
+void Config::keepTracksRead(TracksRead read) const
+{
+    // The current playlist and the one being edited, with room to switch between a few.
+    constexpr qsizetype kept = 3;
+    m_tracksRead.removeIf([&](const TracksRead& old) { return old.id == read.id; });
+    m_tracksRead.prepend(std::move(read));
+    if (m_tracksRead.size() > kept)
+        m_tracksRead.resize(kept);
+}
+
 std::optional<QList<Track>> Config::readPlaylistTracks(const QUuid& id) const
 {
-    const FileBytes file = readWholeFile(playlistFileURL(id));
+    const QString path = playlistFileURL(id);
+    const FileStamp stamp = fileStamp(path);
+    for (const TracksRead& read : std::as_const(m_tracksRead)) {
+        if (read.id == id && read.stamp == stamp)
+            return read.tracks;
+    }
+    ++m_playlistReads;
+    const FileBytes file = readWholeFile(path);
     Decoded<PlaylistData> data = file.bytes ? playlistDataFromJson(*file.bytes) : Decoded<PlaylistData>{};
-    if (!data) {
+    std::optional<QList<Track>> tracks;
+    if (data) {
+        m_unreadablePlaylists.remove(id);
+        tracks = std::move(data.value->tracks);
+    } else {
         printLine(file.bytes ? data.error : file.error);
         m_unreadablePlaylists.insert(id);
-        return std::nullopt;
     }
-    m_unreadablePlaylists.remove(id);
-    return std::move(data.value->tracks);
+    keepTracksRead({id, stamp, tracks});
+    return tracks;
+}
+
+std::optional<Track> Config::playlistTrack(const QUuid& id, qint64 index) const
+{
+    const QString path = playlistFileURL(id);
+    const FileStamp stamp = fileStamp(path);
+    for (const TracksRead& read : std::as_const(m_tracksRead)) {
+        if (read.id == id && read.stamp == stamp)
+            return read.tracks && index >= 0 && index < read.tracks->size() ? std::optional(read.tracks->at(index)) : std::nullopt;
+    }
+    if (index < 0)
+        return std::nullopt;
+    if (m_trackRead && m_trackRead->id == id && m_trackRead->index == index && m_trackRead->stamp == stamp)
+        return m_trackRead->track;
+    if (const FileBytes file = readWholeFile(path); file.bytes) {
+        const JsonElement element = jsonArrayElement(*file.bytes, QLatin1StringView("tracks"), index);
+        QString error;
+        const auto object = element.outcome == JsonElement::Outcome::found
+            ? parseJsonObject(element.text.toByteArray(), error) : std::nullopt;
+        Decoded<Track> track = object ? trackFromJson(*object, index) : Decoded<Track>{};
+        if (track || element.outcome == JsonElement::Outcome::pastTheEnd) {
+            m_trackRead = TrackRead{id, index, stamp, track.value};
+            return track.value;
+        }
+    }
+    // Not as we write it: the whole decoding tells what is wrong.
+    const auto tracks = readPlaylistTracks(id);
+    return tracks && index < tracks->size() ? std::optional(tracks->at(index)) : std::nullopt;
 }
 
 std::optional<QList<Track>> Config::currentPlaylistTracks() const

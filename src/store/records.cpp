@@ -74,6 +74,19 @@ QByteArray toJson(const SettingsData& data)
     return json.take();
 }
 
+Decoded<Track> trackFromJson(const QJsonObject& object, qsizetype index)
+{
+    JsonObjectReader fields(object, QStringLiteral("track %1").arg(index));
+    Track track;
+    track.id = fields.uuid(QStringLiteral("id"));
+    track.urlString = fields.string(QStringLiteral("urlString"));
+    track.trackName = fields.string(QStringLiteral("trackName"));
+    track.artist = fields.string(QStringLiteral("artist"));
+    if (!fields.ok())
+        return {std::nullopt, fields.error()};
+    return {std::move(track), {}};
+}
+
 Decoded<PlaylistData> playlistDataFromJson(const QByteArray& bytes)
 {
     QString error;
@@ -88,15 +101,10 @@ Decoded<PlaylistData> playlistDataFromJson(const QByteArray& bytes)
         const auto item = reader.objectAt(list, i, QStringLiteral("tracks"));
         if (!item)
             break;
-        JsonObjectReader fields(*item, QStringLiteral("track %1").arg(i));
-        Track track;
-        track.id = fields.uuid(QStringLiteral("id"));
-        track.urlString = fields.string(QStringLiteral("urlString"));
-        track.trackName = fields.string(QStringLiteral("trackName"));
-        track.artist = fields.string(QStringLiteral("artist"));
-        if (!fields.ok())
-            return {std::nullopt, fields.error()};
-        data.tracks.append(std::move(track));
+        Decoded<Track> track = trackFromJson(*item, i);
+        if (!track)
+            return {std::nullopt, track.error};
+        data.tracks.append(std::move(*track.value));
     }
     if (!reader.ok())
         return {std::nullopt, reader.error()};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -64,4 +65,6 @@ QByteArray toJson(const PlaylistData& data);
 QByteArray toJson(const SettingsData& data);
 
 Decoded<PlaylistData> playlistDataFromJson(const QByteArray& bytes);
+// One element of a playlist file's "tracks", the index-th.
+Decoded<Track> trackFromJson(const QJsonObject& object, qsizetype index);
 Decoded<SettingsData> settingsDataFromJson(const QByteArray& bytes);
