@@ -1,4 +1,5 @@
 #include "app/commandmenu.h"
+#include "player/menuentry.h"
 #include "playerfixture.h"
 #include "support/testenvironment.h"
 #include "support/testfiles.h"
@@ -149,12 +150,21 @@ private slots:
         QTest::keyClick(&other, Qt::Key_Minus, Qt::ControlModifier);
         QCOMPARE(player().volume(), 0.0f);
 
+        // Entries are made when the menu opens.
+        emit menu->aboutToShow();
         QMenu* playlists = menu->actions().at(7)->menu();
-        QMenu* tracks = menu->actions().at(8)->menu();
+        QMenu* tracks = menu->actions().at(9)->menu();
         tracks->actions().at(2)->trigger();
-        QTRY_COMPARE(titles(tracks), (QStringList{"Tone 1", "Tone 2", "Tone 3 ✓"}));
+        emit menu->aboutToShow();
+        QCOMPARE(titles(tracks), (QStringList{"Tone 1", "Tone 2", "Tone 3 ✓"}));
         playlists->actions().at(0)->trigger();
-        QTRY_COMPARE(titles(playlists), (QStringList{"Untitled ✓", "Three", "Two"}));
+        emit menu->aboutToShow();
+        QCOMPARE(titles(playlists), (QStringList{"Untitled ✓", "Three", "Two"}));
+        // Beyond a screenful the tracks open as a filter list.
+        const QList<Track> many(menuEntriesOnScreen(menu->screen()) + 1, Track::make("file:///a.mp3", "A", "B"));
+        config().writePlaylistTracks(config().playlists().at(0).id, many);
+        emit menu->aboutToShow();
+        QCOMPARE(titles(menu).mid(7, 2), (QStringList{"Playlists", "Tracks…"}));
         // "Tracks" only while the current playlist reads; the reason it cannot is printed.
         QVERIFY(TestFiles::writeFile(config().playlistFileURL(m_rig->three), "{\"tracks\" : 3}"));
         config().setCurrentPlaylistIndex(1);

@@ -47,6 +47,14 @@
         <source>Pause</source>
         <translation>Pause</translation>
     </message>
+    <message>
+        <source>Playlists…</source>
+        <translation>Wiedergabelisten…</translation>
+    </message>
+    <message>
+        <source>Tracks…</source>
+        <translation>Titel…</translation>
+    </message>
 </context>
 <context>
     <name>Config</name>
@@ -115,6 +123,17 @@
     <message>
         <source>Stopped</source>
         <translation>Angehalten</translation>
+    </message>
+</context>
+<context>
+    <name>FilterList</name>
+    <message>
+        <source>Filter</source>
+        <translation>Filtern</translation>
+    </message>
+    <message>
+        <source>Entries</source>
+        <translation>Einträge</translation>
     </message>
 </context>
 <context>

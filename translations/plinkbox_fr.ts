@@ -47,6 +47,14 @@
         <source>Pause</source>
         <translation>Pause</translation>
     </message>
+    <message>
+        <source>Playlists…</source>
+        <translation>Listes de lecture…</translation>
+    </message>
+    <message>
+        <source>Tracks…</source>
+        <translation>Pistes…</translation>
+    </message>
 </context>
 <context>
     <name>Config</name>
@@ -115,6 +123,17 @@
     <message>
         <source>Stopped</source>
         <translation>Arrêté</translation>
+    </message>
+</context>
+<context>
+    <name>FilterList</name>
+    <message>
+        <source>Filter</source>
+        <translation>Filtrer</translation>
+    </message>
+    <message>
+        <source>Entries</source>
+        <translation>Entrées</translation>
     </message>
 </context>
 <context>

@@ -43,10 +43,38 @@ AppDelegate::AppDelegate(QObject* parent)
     connect(m_contentView.get(), &ContentView::filesDropped, this, [this](const QList<QUrl>& urls) { openFiles(urls); });
     connect(m_commandMenu.get(), &CommandMenu::settingsRequested, this, &AppDelegate::showSettings);
 
-    const QIcon icon(QStringLiteral(":/icons/plinkbox.png"));
-    QGuiApplication::setWindowIcon(icon);
+    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/plinkbox.png")));
+    m_trackOpener = std::make_unique<TrackOpener>(*m_config, *m_audioPlayer, *m_transport);
+
+    m_contentView->setTranslucent(compositorRunning());
+    m_contentView->show();
+    QTimer::singleShot(0, this, &AppDelegate::windowSetUp);
+    // What the first frame does not show waits for it; a window that is not
+    // painted soon (hidden, minimised) does not hold it up for long.
+    m_contentView->installEventFilter(this);
+    QTimer::singleShot(1000, this, &AppDelegate::finishStartUp);
+}
+
+bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_contentView.get() && event->type() == QEvent::Paint) {
+        m_contentView->removeEventFilter(this);
+        QTimer::singleShot(0, this, &AppDelegate::finishStartUp);
+    }
+    return false;
+}
+
+void AppDelegate::finishStartUp()
+{
+    if (m_mpris)
+        return;
+    // Media keys and the desktop's controls; without a session bus the
+    // player simply goes without them.
+    m_mpris = std::make_unique<MprisService>(*m_config, *m_audioPlayer, *m_transport, [this] { raisePlayer(); },
+                                             [this](const QList<QUrl>& urls) { openFiles(urls); });
+    m_mpris->registerOnSessionBus();
     if (QSystemTrayIcon::isSystemTrayAvailable()) {
-        m_trayIcon = new QSystemTrayIcon(icon, this);
+        m_trayIcon = new QSystemTrayIcon(QGuiApplication::windowIcon(), this);
         // The time and the track, as the skin tells them.
         m_trayIcon->setToolTip(m_contentView->nowPlayingText());
         connect(m_contentView.get(), &ContentView::nowPlayingChanged, m_trayIcon,
@@ -54,17 +82,12 @@ AppDelegate::AppDelegate(QObject* parent)
         m_trayIcon->setContextMenu(m_commandMenu->menu());
         m_trayIcon->show();
     }
+}
 
-    // Media keys and the desktop's controls; without a session bus the
-    // player simply goes without them.
-    m_trackOpener = std::make_unique<TrackOpener>(*m_config, *m_audioPlayer, *m_transport);
-    m_mpris = std::make_unique<MprisService>(*m_config, *m_audioPlayer, *m_transport, [this] { raisePlayer(); },
-                                             [this](const QList<QUrl>& urls) { openFiles(urls); });
-    m_mpris->registerOnSessionBus();
-
-    m_contentView->setTranslucent(compositorRunning());
-    m_contentView->show();
-    QTimer::singleShot(0, this, &AppDelegate::windowSetUp);
+MprisService& AppDelegate::mpris()
+{
+    finishStartUp();
+    return *m_mpris;
 }
 
 AppDelegate::~AppDelegate() = default;

@@ -45,12 +45,18 @@ public:
     void raisePlayer();
     // Adds files to the current playlist and plays the first; then calls done.
     void openFiles(const QList<QUrl>& urls, std::function<void()> done = {});
-    // What the desktop's media controls drive.
-    MprisService& mpris() const { return *m_mpris; }
+    // What the desktop's media controls drive (set up now if the first frame
+    // has not been painted yet).
+    MprisService& mpris();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     // Runs once, after the player window is shown.
     void windowSetUp();
+    // The desktop's controls and the tray icon, once the first frame is painted.
+    void finishStartUp();
 
     std::unique_ptr<Config> m_config;
     std::unique_ptr<AudioPlayer> m_audioPlayer;

@@ -1,10 +1,12 @@
 #include "app/commandmenu.h"
 
 #include "playback/audioplayer.h"
+#include "player/filterlist.h"
 #include "player/menuentry.h"
 #include "player/transport.h"
 
 #include <QCoreApplication>
+#include <QCursor>
 #include <QMenu>
 #include <QWidget>
 
@@ -31,7 +33,12 @@ CommandMenu::CommandMenu(Config& config, AudioPlayer& audioPlayer, Transport& tr
     down->setShortcut(Qt::CTRL | Qt::Key_Minus);
     menu->addSeparator();
     m_playlists = menu->addMenu(tr("Playlists"));
+    // Beyond a screenful, the same choices open as a filter list.
+    m_playlistList = menu->addAction(tr("Playlists…"), this, &CommandMenu::openPlaylistList);
     m_tracks = menu->addMenu(tr("Tracks"));
+    m_trackList = menu->addAction(tr("Tracks…"), this, &CommandMenu::openTrackList);
+    m_playlistList->setVisible(false);
+    m_trackList->setVisible(false);
     menu->addSeparator();
     QAction* settings = menu->addAction(tr("Settings…"), this, &CommandMenu::settingsRequested);
     settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
@@ -43,11 +50,13 @@ CommandMenu::CommandMenu(Config& config, AudioPlayer& audioPlayer, Transport& tr
 
     connect(&m_config, &Config::changed, this, &CommandMenu::onConfigChanged);
     connect(&m_audioPlayer, &AudioPlayer::isPlayingChanged, this, &CommandMenu::updateStates);
-    // The track list lives in a file the editor may rewrite at any time.
-    connect(menu, &QMenu::aboutToShow, this, &CommandMenu::rebuildTracks);
+    // Built when shown, not at start: the track list lives in a file the
+    // editor may rewrite at any time, and may be long.
+    connect(menu, &QMenu::aboutToShow, this, [this] {
+        rebuildPlaylists();
+        rebuildTracks();
+    });
     updateStates();
-    rebuildPlaylists();
-    rebuildTracks();
 }
 
 CommandMenu::~CommandMenu() = default;
@@ -68,7 +77,8 @@ void CommandMenu::onConfigChanged(Config::Property property)
     case P::playlists:
     case P::currentPlaylistIndex:
     case P::currentTrackIndex:
-        scheduleRebuild();
+        if (m_menu->isVisible())
+            scheduleRebuild();
         break;
     default:
         break;
@@ -101,7 +111,10 @@ void CommandMenu::rebuildPlaylists()
 {
     m_playlists->clear();
     const QList<Playlist> catalogue = m_config.playlists();
-    for (qint64 i = 0; i < catalogue.size(); ++i) {
+    const bool fits = catalogue.size() <= menuEntriesOnScreen(m_menu->screen());
+    m_playlists->menuAction()->setVisible(fits);
+    m_playlistList->setVisible(!fits);
+    for (qint64 i = 0; fits && i < catalogue.size(); ++i) {
         QAction* entry = addMenuEntry(m_playlists, catalogue.at(i).name, i == m_config.currentPlaylistIndex());
         connect(entry, &QAction::triggered, this, [this, i] { m_transport.selectPlaylistCommand(i); });
     }
@@ -111,10 +124,30 @@ void CommandMenu::rebuildTracks()
 {
     // Present only when the current playlist's file could be read.
     const auto tracks = m_transport.currentTracks();
+    const bool fits = tracks && tracks->size() <= menuEntriesOnScreen(m_menu->screen());
     m_tracks->clear();
-    m_tracks->menuAction()->setVisible(tracks.has_value());
-    for (qint64 i = 0; tracks && i < tracks->size(); ++i) {
+    m_tracks->menuAction()->setVisible(tracks && fits);
+    m_trackList->setVisible(tracks && !fits);
+    for (qint64 i = 0; fits && i < tracks->size(); ++i) {
         QAction* entry = addMenuEntry(m_tracks, tracks->at(i).trackName, i == m_config.currentTrackIndex());
         connect(entry, &QAction::triggered, this, [this, i] { m_transport.selectTrackCommand(i); });
     }
+}
+
+void CommandMenu::openPlaylistList()
+{
+    QList<FilterEntry> entries;
+    for (const Playlist& playlist : m_config.playlists())
+        entries.append({playlist.name, {}});
+    openEntryList(entries, m_config.currentPlaylistIndex(), QCursor::pos(),
+                  [this](qsizetype i) { m_transport.selectPlaylistCommand(i); });
+}
+
+void CommandMenu::openTrackList()
+{
+    QList<FilterEntry> entries;
+    for (const Track& track : m_transport.currentTracks().value_or(QList<Track>()))
+        entries.append({track.trackName, track.artist});
+    openEntryList(entries, m_config.currentTrackIndex(), QCursor::pos(),
+                  [this](qsizetype i) { m_transport.selectTrackCommand(i); });
 }

@@ -37,6 +37,8 @@ private slots:
     void updateStates();
     void rebuildPlaylists();
     void rebuildTracks();
+    void openPlaylistList();
+    void openTrackList();
 
 private:
     // Rebuilt from the event loop: a submenu may be changed from inside one
@@ -50,6 +52,8 @@ private:
     std::unique_ptr<QMenu> m_menu;
     QMenu* m_playlists = nullptr;
     QMenu* m_tracks = nullptr;
+    QAction* m_playlistList = nullptr;
+    QAction* m_trackList = nullptr;
     QAction* m_playPause = nullptr;
     QAction* m_loop = nullptr;
     QAction* m_shuffle = nullptr;

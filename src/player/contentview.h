@@ -12,6 +12,7 @@
 #include <array>
 
 class AudioPlayer;
+struct FilterEntry;
 class SkinButton;
 class SkinScrubBar;
 class SkinText;
@@ -97,6 +98,11 @@ private:
     void scrubTo(double pointerX);
     void endScrub();
     void popUp(QMenu* menu, Element at);
+    QPoint menuPoint(Element at) const;
+    // Whether a menu of this many entries fits on the screen in one column.
+    bool fitsAMenu(qsizetype entries) const;
+    void openList(const QList<FilterEntry>& entries, qsizetype current, Element at,
+                  const std::function<void(qsizetype)>& choose);
     QMenu* freshMenu();
     bool overScrubBar(QPointF point) const;
     void updateTimeTip();

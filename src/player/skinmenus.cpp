@@ -1,20 +1,11 @@
 // ContentView's two pull-down menus: choose a playlist, choose a track.
 #include "player/contentview.h"
 
+#include "player/filterlist.h"
 #include "player/menuentry.h"
 #include "player/transport.h"
 
 #include <QMenu>
-
-QAction* addMenuEntry(QMenu* menu, const QString& title, bool current)
-{
-    QAction* action = menu->addAction(title);
-    if (current) {
-        action->setCheckable(true);
-        action->setChecked(true);
-    }
-    return action;
-}
 
 QMenu* ContentView::freshMenu()
 {
@@ -31,14 +22,39 @@ void ContentView::popUp(QMenu* menu, Element at)
     italic.setItalic(true);
     edit->setFont(italic);
     connect(edit, &QAction::triggered, this, &ContentView::settingsRequested);
-    const QRectF box = elementRect(m_config.geometry(), at, scale());
-    menu->popup(mapToGlobal(box.bottomLeft().toPoint()));
+    menu->popup(menuPoint(at));
+}
+
+QPoint ContentView::menuPoint(Element at) const
+{
+    return mapToGlobal(elementRect(m_config.geometry(), at, scale()).bottomLeft().toPoint());
+}
+
+bool ContentView::fitsAMenu(qsizetype entries) const
+{
+    return entries <= menuEntriesOnScreen(screen());
+}
+
+void ContentView::openList(const QList<FilterEntry>& entries, qsizetype current, Element at,
+                           const std::function<void(qsizetype)>& choose)
+{
+    if (m_openMenu)
+        m_openMenu->deleteLater();
+    openEntryList(entries, current, menuPoint(at), choose, tr("Edit playlists"), [this] { emit settingsRequested(); });
 }
 
 void ContentView::openPlaylistMenu()
 {
-    QMenu* menu = freshMenu();
     const QList<Playlist> catalogue = m_config.playlists();
+    if (!fitsAMenu(catalogue.size())) {
+        QList<FilterEntry> entries;
+        for (const Playlist& playlist : catalogue)
+            entries.append({playlist.name, {}});
+        openList(entries, m_config.currentPlaylistIndex(), Element::playlistMenu,
+                 [this](qsizetype i) { m_transport.selectPlaylistFromSkin(i); });
+        return;
+    }
+    QMenu* menu = freshMenu();
     for (qint64 i = 0; i < catalogue.size(); ++i) {
         QAction* entry = addMenuEntry(menu, catalogue.at(i).name, i == m_config.currentPlaylistIndex());
         connect(entry, &QAction::triggered, this, [this, i] { m_transport.selectPlaylistFromSkin(i); });
@@ -48,9 +64,17 @@ void ContentView::openPlaylistMenu()
 
 void ContentView::openTrackMenu()
 {
-    QMenu* menu = freshMenu();
-    // Read afresh: the editor may have just changed the file.
     const auto tracks = m_transport.currentTracks();
+    if (tracks && !fitsAMenu(tracks->size())) {
+        QList<FilterEntry> entries;
+        entries.reserve(tracks->size());
+        for (const Track& track : *tracks)
+            entries.append({track.trackName, track.artist});
+        openList(entries, m_config.currentTrackIndex(), Element::trackMenu,
+                 [this](qsizetype i) { m_transport.selectTrackFromSkin(i); });
+        return;
+    }
+    QMenu* menu = freshMenu();
     for (qint64 i = 0; tracks && i < tracks->size(); ++i) {
         QAction* entry = addMenuEntry(menu, tracks->at(i).trackName, i == m_config.currentTrackIndex());
         connect(entry, &QAction::triggered, this, [this, i] { m_transport.selectTrackFromSkin(i); });

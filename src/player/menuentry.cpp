@@ -1,0 +1,57 @@
+#include "player/menuentry.h"
+
+#include "player/filterlist.h"
+
+#include <QGuiApplication>
+#include <QMenu>
+#include <QScreen>
+
+QAction* addMenuEntry(QMenu* menu, const QString& title, bool current)
+{
+    QAction* action = menu->addAction(title);
+    if (current) {
+        action->setCheckable(true);
+        action->setChecked(true);
+    }
+    return action;
+}
+
+namespace {
+
+int menuRowHeight()
+{
+    static int height = 0;
+    if (height == 0) {
+        QMenu probe;
+        QAction* entry = probe.addAction(QStringLiteral("Xy"));
+        probe.sizeHint(); // lays the entries out
+        height = std::max(1, probe.actionGeometry(entry).height());
+    }
+    return height;
+}
+
+} // namespace
+
+qsizetype menuEntriesOnScreen(const QScreen* screen)
+{
+    const int height = screen ? screen->availableGeometry().height() : 600;
+    // Room for the menu's frame and its last entry ("Edit playlists").
+    return std::max(1, height / menuRowHeight() - 2);
+}
+
+void openEntryList(const QList<FilterEntry>& entries, qsizetype current, const QPoint& at,
+                   const std::function<void(qsizetype)>& choose, const QString& footer,
+                   const std::function<void()>& footerChosen)
+{
+    QMenu probe;
+    const qsizetype shown = std::min(entries.size(), menuEntriesOnScreen(QGuiApplication::screenAt(at)));
+    for (qsizetype i = 0; i < shown; ++i)
+        addMenuEntry(&probe, entries.at(i).title, i == current);
+    if (!footer.isEmpty())
+        probe.addAction(footer);
+    auto* list = new FilterList(entries, current, probe.sizeHint().width(), footer);
+    QObject::connect(list, &FilterList::chosen, list, choose);
+    if (footerChosen)
+        QObject::connect(list, &FilterList::footerChosen, list, footerChosen);
+    list->popup(at);
+}
