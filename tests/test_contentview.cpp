@@ -1,6 +1,8 @@
 #include "playback/albumart.h"
 #include "playback/tagreader.h"
 #include "player/contentview.h"
+#include "player/filterlist.h"
+#include "player/menuentry.h"
 #include "playerfixture.h"
 #include "support/testenvironment.h"
 #include "support/testfiles.h"
@@ -10,7 +12,9 @@
 #include <QColor>
 #include <QDir>
 #include <QImage>
+#include <QLineEdit>
 #include <QMenu>
+#include <QUrl>
 #include <QMimeData>
 #include <QPaintEvent>
 #include <QSignalSpy>
@@ -207,6 +211,17 @@ private slots:
         tracks->actions().last()->trigger();
         tracks->close();
         QCOMPARE(settings.count(), 1);
+        // Beyond a screenful, the filter list; a track chosen there plays as one chosen from the menu.
+        QList<Track> many;
+        for (qsizetype i = 0; i <= menuEntriesOnScreen(m_view->screen()); ++i)
+            many.append(Track::make(QUrl::fromLocalFile(m_tones.at(i % 2)).toString(), QString("Song %1").arg(i), "Band"));
+        config().writePlaylistTracks(config().playlists().at(0).id, many);
+        click(Element::trackMenu);
+        auto* list = qobject_cast<FilterList*>(QApplication::activePopupWidget());
+        QVERIFY(list);
+        QTest::keyClicks(list->filterField(), "song 3");
+        QCOMPARE(printedBy([&] { QTest::keyClick(list->filterField(), Qt::Key_Return); }), pop);
+        QCOMPARE(std::pair(config().currentTrackIndex(), player().currentUrl()), std::pair(qint64(3), QUrl::fromLocalFile(m_tones.at(1))));
         // A right click anywhere opens the command menu.
         QMenu commands;
         m_view->setCommandMenu(&commands);

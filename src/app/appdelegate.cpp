@@ -19,6 +19,8 @@
 #include <QTimer>
 #include <QWindow>
 
+#include <utility>
+
 void AppDelegate::choosePlatform()
 {
     // A Wayland client may not place its window, keep it above others or snap
@@ -43,7 +45,6 @@ AppDelegate::AppDelegate(QObject* parent)
     connect(m_contentView.get(), &ContentView::filesDropped, this, [this](const QList<QUrl>& urls) { openFiles(urls); });
     connect(m_commandMenu.get(), &CommandMenu::settingsRequested, this, &AppDelegate::showSettings);
 
-    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/plinkbox.png")));
     m_trackOpener = std::make_unique<TrackOpener>(*m_config, *m_audioPlayer, *m_transport);
 
     m_contentView->setTranslucent(compositorRunning());
@@ -73,6 +74,9 @@ void AppDelegate::finishStartUp()
     m_mpris = std::make_unique<MprisService>(*m_config, *m_audioPlayer, *m_transport, [this] { raisePlayer(); },
                                              [this](const QList<QUrl>& urls) { openFiles(urls); });
     m_mpris->registerOnSessionBus();
+    // Decoding the icon costs the first frame a millisecond; the window
+    // manager takes it as well a moment later.
+    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/plinkbox.png")));
     if (QSystemTrayIcon::isSystemTrayAvailable()) {
         m_trayIcon = new QSystemTrayIcon(QGuiApplication::windowIcon(), this);
         // The time and the track, as the skin tells them.
@@ -82,6 +86,8 @@ void AppDelegate::finishStartUp()
         m_trayIcon->setContextMenu(m_commandMenu->menu());
         m_trayIcon->show();
     }
+    for (auto& [urls, done] : std::exchange(m_pendingOpens, {}))
+        m_trackOpener->open(urls, std::move(done));
 }
 
 MprisService& AppDelegate::mpris()
@@ -119,6 +125,11 @@ void AppDelegate::raisePlayer()
 
 void AppDelegate::openFiles(const QList<QUrl>& urls, std::function<void()> done)
 {
+    // Files handed over at launch are read once the window is up.
+    if (!m_mpris) {
+        m_pendingOpens.append({urls, std::move(done)});
+        return;
+    }
     m_trackOpener->open(urls, std::move(done));
 }
 

@@ -55,7 +55,8 @@ protected:
 private:
     // Runs once, after the player window is shown.
     void windowSetUp();
-    // The desktop's controls and the tray icon, once the first frame is painted.
+    // The desktop's controls, the tray icon and the files handed over at
+    // launch, once the first frame is painted.
     void finishStartUp();
 
     std::unique_ptr<Config> m_config;
@@ -68,4 +69,5 @@ private:
     std::unique_ptr<TrackOpener> m_trackOpener;
     std::unique_ptr<MprisService> m_mpris;
     QSystemTrayIcon* m_trayIcon = nullptr; // a child
+    QList<std::pair<QList<QUrl>, std::function<void()>>> m_pendingOpens; // until the first frame
 };

@@ -139,7 +139,7 @@ void CommandMenu::openPlaylistList()
     QList<FilterEntry> entries;
     for (const Playlist& playlist : m_config.playlists())
         entries.append({playlist.name, {}});
-    openEntryList(entries, m_config.currentPlaylistIndex(), QCursor::pos(),
+    openEntryList(entries, m_config.currentPlaylistIndex(), QCursor::pos(), QCursor::pos().y(),
                   [this](qsizetype i) { m_transport.selectPlaylistCommand(i); });
 }
 
@@ -148,6 +148,6 @@ void CommandMenu::openTrackList()
     QList<FilterEntry> entries;
     for (const Track& track : m_transport.currentTracks().value_or(QList<Track>()))
         entries.append({track.trackName, track.artist});
-    openEntryList(entries, m_config.currentTrackIndex(), QCursor::pos(),
+    openEntryList(entries, m_config.currentTrackIndex(), QCursor::pos(), QCursor::pos().y(),
                   [this](qsizetype i) { m_transport.selectTrackCommand(i); });
 }

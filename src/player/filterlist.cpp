@@ -234,13 +234,17 @@ FilterList::FilterList(QList<FilterEntry> entries, qsizetype current, int width,
     }
 }
 
-void FilterList::popup(const QPoint& at)
+void FilterList::popup(const QPoint& at, std::optional<int> above)
 {
     adjustSize();
     const QScreen* screen = QGuiApplication::screenAt(at);
     const QRect room = screen ? screen->availableGeometry() : QGuiApplication::primaryScreen()->availableGeometry();
+    // As a menu does, it opens upwards from above when there is no room below.
+    int y = at.y();
+    if (above && y + height() > room.bottom() + 1 && *above - height() >= room.top())
+        y = *above - height();
     move(std::clamp(at.x(), room.left(), std::max(room.left(), room.right() + 1 - width())),
-         std::clamp(at.y(), room.top(), std::max(room.top(), room.bottom() + 1 - height())));
+         std::clamp(y, room.top(), std::max(room.top(), room.bottom() + 1 - height())));
     show();
     m_field->setFocus(Qt::PopupFocusReason);
     selectRow(m_model->preferredRow(), QAbstractItemView::PositionAtCenter);

@@ -2,6 +2,8 @@
 
 #include <QAbstractItemView>
 #include <QFrame>
+
+#include <optional>
 #include <QList>
 #include <QString>
 
@@ -33,9 +35,9 @@ public:
     FilterList(QList<FilterEntry> entries, qsizetype current, int width, const QString& footer = {},
                QWidget* parent = nullptr);
 
-    // Shows it with its top-left at a global point, kept on that point's screen; it deletes itself
-    // once closed.
-    void popup(const QPoint& at);
+    // Shows it with its top-left at a global point, kept on that point's screen, or with its bottom
+    // at the height above when there is no room below; it deletes itself once closed.
+    void popup(const QPoint& at, std::optional<int> above = {});
     QLineEdit* filterField() const { return m_field; }
     // Indexes into the constructor's entries, of the rows now shown, in order.
     QList<qsizetype> shownEntries() const;

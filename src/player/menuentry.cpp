@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <QMenu>
 #include <QScreen>
+#include <QStyle>
 
 QAction* addMenuEntry(QMenu* menu, const QString& title, bool current)
 {
@@ -39,7 +40,7 @@ qsizetype menuEntriesOnScreen(const QScreen* screen)
     return std::max(1, height / menuRowHeight() - 2);
 }
 
-void openEntryList(const QList<FilterEntry>& entries, qsizetype current, const QPoint& at,
+void openEntryList(const QList<FilterEntry>& entries, qsizetype current, const QPoint& at, int above,
                    const std::function<void(qsizetype)>& choose, const QString& footer,
                    const std::function<void()>& footerChosen)
 {
@@ -49,9 +50,11 @@ void openEntryList(const QList<FilterEntry>& entries, qsizetype current, const Q
         addMenuEntry(&probe, entries.at(i).title, i == current);
     if (!footer.isEmpty())
         probe.addAction(footer);
-    auto* list = new FilterList(entries, current, probe.sizeHint().width(), footer);
+    // The menu's width for its texts, and room for the list's scroll bar.
+    const int width = probe.sizeHint().width() + probe.style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 4;
+    auto* list = new FilterList(entries, current, width, footer);
     QObject::connect(list, &FilterList::chosen, list, choose);
     if (footerChosen)
         QObject::connect(list, &FilterList::footerChosen, list, footerChosen);
-    list->popup(at);
+    list->popup(at, above);
 }

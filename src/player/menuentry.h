@@ -20,9 +20,10 @@ QAction* addMenuEntry(QMenu* menu, const QString& title, bool current);
 // list instead.
 qsizetype menuEntriesOnScreen(const QScreen* screen);
 
-// Opens entries as a filter list at a global point, as wide as a menu of its
-// first screenful would be; choose gets the index of the entry chosen, and
-// footer, when given, is its last row (footerChosen is called for it).
-void openEntryList(const QList<FilterEntry>& entries, qsizetype current, const QPoint& at,
+// Opens entries as a filter list at a global point (upwards from above when
+// there is no room below), as wide as a menu of its first screenful would be;
+// choose gets the index of the entry chosen, and footer, when given, is its
+// last row (footerChosen is called for it).
+void openEntryList(const QList<FilterEntry>& entries, qsizetype current, const QPoint& at, int above,
                    const std::function<void(qsizetype)>& choose, const QString& footer = {},
                    const std::function<void()>& footerChosen = {});

@@ -40,7 +40,8 @@ void ContentView::openList(const QList<FilterEntry>& entries, qsizetype current,
 {
     if (m_openMenu)
         m_openMenu->deleteLater();
-    openEntryList(entries, current, menuPoint(at), choose, tr("Edit playlists"), [this] { emit settingsRequested(); });
+    const int above = mapToGlobal(elementRect(m_config.geometry(), at, scale()).topLeft().toPoint()).y();
+    openEntryList(entries, current, menuPoint(at), above, choose, tr("Edit playlists"), [this] { emit settingsRequested(); });
 }
 
 void ContentView::openPlaylistMenu()
