@@ -250,8 +250,6 @@ int main(int argc, char* argv[])
         argv[1] = argv[0];
         return runPlayer(argc - 1, argv + 1);
     }
-    if (mode == QLatin1String("--empty-window"))
-        return emptyWindow(argc, argv, [] {});
     if (mode == QLatin1String("--actions"))
         return actions(argc, argv);
     if (mode == QLatin1String("--prepare"))
@@ -285,7 +283,7 @@ int main(int argc, char* argv[])
             if (run > 0)
                 list.append(child);
         };
-        keep(empty, runChild({QStringLiteral("--empty-window")}, libraries[0].home));
+        keep(empty, runChild({}, libraries[0].home, {}, QStringLiteral(PLINK_EMPTY_WINDOW)));
         for (Library& library : libraries)
             keep(library.starts, runChild({QStringLiteral("--launch")}, library.home));
         keep(withFile, runChild({QStringLiteral("--launch"), original}, libraries[0].home));

@@ -54,7 +54,8 @@ struct Child {
 };
 
 inline Child runChild(const QStringList& arguments, const QString& home,
-                      const QProcessEnvironment& extra = QProcessEnvironment())
+                      const QProcessEnvironment& extra = QProcessEnvironment(),
+                      const QString& program = QCoreApplication::applicationFilePath())
 {
     Child result;
     QProcess child;
@@ -65,7 +66,7 @@ inline Child runChild(const QStringList& arguments, const QString& home,
     child.setProcessEnvironment(environment);
     QElapsedTimer clock;
     clock.start();
-    child.start(QCoreApplication::applicationFilePath(), arguments);
+    child.start(program, arguments);
     while (child.state() != QProcess::NotRunning || child.bytesAvailable()) {
         child.waitForReadyRead(100);
         while (child.canReadLine()) {

@@ -14,3 +14,7 @@ target_compile_definitions(bench_openfolder PRIVATE PLINK_EXECUTABLE="$<TARGET_F
 # scripts/testenv.
 add_executable(bench_library bench_library.cpp childrun.h resident.h)
 target_link_libraries(bench_library PRIVATE plinkapp plinkart plinksounds plinktestsupport Qt6::Widgets Qt6::Test plink_warnings)
+# Its floor, built as a plain Qt program is: Qt Widgets alone, no flags of ours.
+add_executable(bench_emptywindow emptywindow.cpp childrun.h)
+target_link_libraries(bench_emptywindow PRIVATE Qt6::Widgets)
+target_compile_definitions(bench_library PRIVATE PLINK_EMPTY_WINDOW="$<TARGET_FILE:bench_emptywindow>")

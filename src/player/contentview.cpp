@@ -61,6 +61,7 @@ ContentView::ContentView(Config& config, AudioPlayer& audioPlayer, Transport& tr
     m_timeTip = new SkinTimeTip(this);
 
     connect(&m_config, &Config::changed, this, &ContentView::onConfigChanged);
+    connect(&m_config, &Config::themePicturesChanged, this, &ContentView::applyFrame);
     // The title and artist lines show what the current playlist's file holds.
     connect(&m_config, &Config::playlistTracksWritten, this, [this] {
         update();
@@ -294,7 +295,7 @@ void ContentView::paintEvent(QPaintEvent* event)
     const bool titleShown = elementShown(theme, Element::trackTitle, playing);
     const bool artistShown = elementShown(theme, Element::artist, playing);
     if (titleShown || artistShown) {
-        if (const auto track = currentTrack()) {
+        if (const auto& track = m_shownTrack) {
             if (titleShown)
                 drawText(painter, Element::trackTitle, track->trackName, clip);
             if (artistShown)

@@ -134,6 +134,7 @@ private:
 
     // What screen readers and the tray are told
     std::array<SkinText*, 2> m_trackLines{}; // title, artist
+    std::optional<Track> m_shownTrack; // read when the store says it may have changed
     QString m_shownTime;
     SkinTimeTip* m_timeTip = nullptr;
     bool m_isHoveringScrubBar = false;

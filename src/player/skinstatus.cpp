@@ -24,7 +24,9 @@ void ContentView::updateTrackLines()
 {
     // Told whatever the theme's text sizes: a line a theme leaves out is
     // still the track's title or artist.
-    const std::optional<Track> track = currentTrack();
+    // Kept for painting, which must not touch the disk.
+    m_shownTrack = currentTrack();
+    const std::optional<Track>& track = m_shownTrack;
     const QString title = track ? track->trackName : QString(), artist = track ? track->artist : QString();
     if (title == m_trackLines[0]->accessibleName() && artist == m_trackLines[1]->accessibleName())
         return;

@@ -14,6 +14,7 @@
 #include <optional>
 
 class PlaylistWatcher;
+class QFileSystemWatcher;
 class SoundPlayer;
 struct ThemeData;
 
@@ -112,6 +113,8 @@ signals:
     // A playlist's file was rewritten, by us or by another program: what it
     // holds at the current track may differ.
     void playlistTracksWritten(const QUuid& id);
+    // A picture of a theme was replaced, added or removed on disk.
+    void themePicturesChanged();
 
 private:
     template <class T>
@@ -143,12 +146,10 @@ private:
 #undef PLINK_MEMBER
 #undef PLINK_POINT_MEMBER
 
-    // Theme pictures, kept until their file changes on disk.
-    struct CachedPicture {
-        FileStamp stamp;
-        QImage image;
-    };
-    mutable QHash<QString, CachedPicture> m_pictureCache;
+    // Theme pictures by path (the built-in ones too), kept until the watcher
+    // sees a theme's folder or picture change.
+    mutable QHash<QString, QImage> m_pictureCache;
+    mutable QFileSystemWatcher* m_pictureWatcher = nullptr; // a child QObject
 
     QString m_documentDirectory;
     SoundPlayer* m_soundPlayer = nullptr; // a child QObject

@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QFileSystemWatcher>
 
 namespace {
 
@@ -131,25 +132,37 @@ void Config::installThemes()
 
 QImage Config::themePicture(const QString& picture) const
 {
-    const QString path = themesFolder() + QLatin1Char('/') + currentTheme() + QLatin1Char('/')
-        + picture + QStringLiteral(".png");
-    // A user may replace a picture at any time: reuse a decoded picture only
-    // while its file is unchanged on disk.
-    if (QFileInfo(path).isFile()) {
-        const FileStamp stamp = fileStamp(path);
-        auto cached = m_pictureCache.find(path);
-        if (cached != m_pictureCache.end() && cached->stamp == stamp)
-            return cached->image;
-        const QImage image = loadPicture(path);
-        if (!image.isNull()) {
-            m_pictureCache.insert(path, {stamp, image});
-            return image;
-        }
+    const QString folder = themesFolder() + QLatin1Char('/') + currentTheme();
+    const QString path = folder + QLatin1Char('/') + picture + QStringLiteral(".png");
+    // A user may replace a picture at any time: a decoded picture is kept
+    // until the watcher sees its file or its folder change, so that painting
+    // never touches the disk.
+    if (const auto cached = m_pictureCache.constFind(path); cached != m_pictureCache.constEnd())
+        return *cached;
+    if (!m_pictureWatcher) {
+        Config* self = const_cast<Config*>(this);
+        m_pictureWatcher = new QFileSystemWatcher(self);
+        const auto forget = [self] {
+            self->m_pictureCache.clear();
+            emit self->themePicturesChanged();
+        };
+        connect(m_pictureWatcher, &QFileSystemWatcher::fileChanged, this, forget);
+        connect(m_pictureWatcher, &QFileSystemWatcher::directoryChanged, this, forget);
     }
-    m_pictureCache.remove(path);
-    const QString fallback = fallbackPath(picture);
-    auto cached = m_pictureCache.find(fallback);
-    if (cached == m_pictureCache.end())
-        cached = m_pictureCache.insert(fallback, {{}, loadPicture(fallback)});
-    return cached->image;
+    // The Themes folder too, for a theme folder made after its pictures were looked up.
+    for (const QString& watched : {themesFolder(), folder, path}) {
+        if (!m_pictureWatcher->files().contains(watched) && !m_pictureWatcher->directories().contains(watched)
+            && existsAt(watched))
+            m_pictureWatcher->addPath(watched);
+    }
+    QImage image = QFileInfo(path).isFile() ? loadPicture(path) : QImage();
+    if (image.isNull()) {
+        const QString fallback = fallbackPath(picture);
+        auto built = m_pictureCache.constFind(fallback);
+        if (built == m_pictureCache.constEnd())
+            built = m_pictureCache.insert(fallback, loadPicture(fallback));
+        image = *built;
+    }
+    m_pictureCache.insert(path, image);
+    return image;
 }
