@@ -134,20 +134,17 @@ void CommandMenu::rebuildTracks()
     }
 }
 
+// Both open where the menu was left, upwards when there is no room below.
 void CommandMenu::openPlaylistList()
 {
-    QList<FilterEntry> entries;
-    for (const Playlist& playlist : m_config.playlists())
-        entries.append({playlist.name, {}});
-    openEntryList(entries, m_config.currentPlaylistIndex(), QCursor::pos(), QCursor::pos().y(),
+    const QPoint at = QCursor::pos();
+    openEntryList(filterEntries(m_config.playlists()), m_config.currentPlaylistIndex(), at, at.y(),
                   [this](qsizetype i) { m_transport.selectPlaylistCommand(i); });
 }
 
 void CommandMenu::openTrackList()
 {
-    QList<FilterEntry> entries;
-    for (const Track& track : m_transport.currentTracks().value_or(QList<Track>()))
-        entries.append({track.trackName, track.artist});
-    openEntryList(entries, m_config.currentTrackIndex(), QCursor::pos(), QCursor::pos().y(),
-                  [this](qsizetype i) { m_transport.selectTrackCommand(i); });
+    const QPoint at = QCursor::pos();
+    openEntryList(filterEntries(m_transport.currentTracks().value_or(QList<Track>())), m_config.currentTrackIndex(),
+                  at, at.y(), [this](qsizetype i) { m_transport.selectTrackCommand(i); });
 }

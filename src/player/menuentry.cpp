@@ -17,6 +17,24 @@ QAction* addMenuEntry(QMenu* menu, const QString& title, bool current)
     return action;
 }
 
+QList<FilterEntry> filterEntries(const QList<Track>& tracks)
+{
+    QList<FilterEntry> entries;
+    entries.reserve(tracks.size());
+    for (const Track& track : tracks)
+        entries.append({track.trackName, track.artist});
+    return entries;
+}
+
+QList<FilterEntry> filterEntries(const QList<Playlist>& playlists)
+{
+    QList<FilterEntry> entries;
+    entries.reserve(playlists.size());
+    for (const Playlist& playlist : playlists)
+        entries.append({playlist.name, {}});
+    return entries;
+}
+
 namespace {
 
 int menuRowHeight()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "store/records.h"
+
 #include <QList>
 #include <QString>
 
@@ -14,6 +16,10 @@ struct FilterEntry;
 // An entry of a playlist or track menu. Only the current entry is checkable,
 // so only it shows a mark; the others keep their place in the check column.
 QAction* addMenuEntry(QMenu* menu, const QString& title, bool current);
+
+// A filter list's entries: tracks by title and artist, playlists by name.
+QList<FilterEntry> filterEntries(const QList<Track>& tracks);
+QList<FilterEntry> filterEntries(const QList<Playlist>& playlists);
 
 // How many entries a menu holds in one column on screen; a longer menu would
 // break into columns as wide as the screen, so longer lists open a filter

@@ -48,10 +48,7 @@ void ContentView::openPlaylistMenu()
 {
     const QList<Playlist> catalogue = m_config.playlists();
     if (!fitsAMenu(catalogue.size())) {
-        QList<FilterEntry> entries;
-        for (const Playlist& playlist : catalogue)
-            entries.append({playlist.name, {}});
-        openList(entries, m_config.currentPlaylistIndex(), Element::playlistMenu,
+        openList(filterEntries(catalogue), m_config.currentPlaylistIndex(), Element::playlistMenu,
                  [this](qsizetype i) { m_transport.selectPlaylistFromSkin(i); });
         return;
     }
@@ -67,11 +64,7 @@ void ContentView::openTrackMenu()
 {
     const auto tracks = m_transport.currentTracks();
     if (tracks && !fitsAMenu(tracks->size())) {
-        QList<FilterEntry> entries;
-        entries.reserve(tracks->size());
-        for (const Track& track : *tracks)
-            entries.append({track.trackName, track.artist});
-        openList(entries, m_config.currentTrackIndex(), Element::trackMenu,
+        openList(filterEntries(*tracks), m_config.currentTrackIndex(), Element::trackMenu,
                  [this](qsizetype i) { m_transport.selectTrackFromSkin(i); });
         return;
     }
