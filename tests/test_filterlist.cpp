@@ -2,6 +2,7 @@
 #include "support/testenvironment.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QLineEdit>
 #include <QListView>
 #include <QSignalSpy>
@@ -83,7 +84,14 @@ private slots:
         QTest::mouseClick(rows->viewport(), Qt::LeftButton, {}, rows->visualRect(rows->model()->index(3, 0)).center());
         QCOMPARE(choices.value(0).value(0).value<qsizetype>(), 10);
 
+        // Opened under a resting pointer, it keeps the current entry until the pointer moves.
         list = open(7);
+        rows = list->findChildren<QListView*>().first();
+        emit rows->entered(rows->model()->index(2, 0));
+        QCOMPARE(rows->currentIndex().row(), 7);
+        QCursor::setPos(QCursor::pos() + QPoint(1, 1));
+        emit rows->entered(rows->model()->index(2, 0));
+        QCOMPARE(rows->currentIndex().row(), 2);
         QSignalSpy footer(list, &FilterList::footerChosen);
         QTest::mouseClick(list->findChildren<QListView*>().last()->viewport(), Qt::LeftButton, {}, QPoint(20, 5));
         QCOMPARE(footer.size(), 1);

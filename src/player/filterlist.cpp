@@ -2,6 +2,7 @@
 
 #include <QAbstractListModel>
 #include <QApplication>
+#include <QCursor>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QListView>
@@ -207,7 +208,12 @@ FilterList::FilterList(QList<FilterEntry> entries, qsizetype current, int width,
     m_list->setAccessibleName(tr("Entries"));
     // The field keeps the keys; the list follows the mouse as a menu does.
     m_list->setFocusPolicy(Qt::NoFocus);
-    connect(m_list, &QListView::entered, this, [this](const QModelIndex& index) { selectRow(index.row()); });
+    connect(m_list, &QListView::entered, this, [this](const QModelIndex& index) {
+        // A list that opens under a resting pointer keeps the current entry
+        // selected until the pointer moves, as a menu does.
+        if (QCursor::pos() != m_openedUnder)
+            selectRow(index.row());
+    });
     connect(m_list, &QListView::clicked, this, [this](const QModelIndex& index) { choose(index.row()); });
     const int rows = int(std::clamp<qsizetype>(m_model->rowCount(), 1, mostRows));
     m_list->setFixedHeight(rows * menuRowChrome(m_list, m_list->font()).height());
@@ -237,6 +243,7 @@ FilterList::FilterList(QList<FilterEntry> entries, qsizetype current, int width,
 void FilterList::popup(const QPoint& at, std::optional<int> above)
 {
     adjustSize();
+    m_openedUnder = QCursor::pos();
     const QScreen* screen = QGuiApplication::screenAt(at);
     const QRect room = screen ? screen->availableGeometry() : QGuiApplication::primaryScreen()->availableGeometry();
     // As a menu does, it opens upwards from above when there is no room below.

@@ -2,10 +2,10 @@
 
 #include <QAbstractItemView>
 #include <QFrame>
-
-#include <optional>
 #include <QList>
 #include <QString>
+
+#include <optional>
 
 class FilterModel;
 class QLineEdit;
@@ -58,6 +58,7 @@ private:
 
     FilterModel* m_model;
     QLineEdit* m_field;
+    QPoint m_openedUnder; // where the pointer rested when it opened
     QListView* m_list;
     QListView* m_footer = nullptr; // the footer's one row, drawn as the list's are
 };
