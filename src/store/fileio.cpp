@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -111,10 +112,12 @@ FileBytes readWholeFile(const QString& path)
 
 FileStamp fileStamp(const QString& path)
 {
-    const QFileInfo info(path);
-    if (!info.exists())
+    // One stat, and no local-time conversion: it is asked often.
+    struct stat info {};
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
         return {};
-    return {info.lastModified(), info.metadataChangeTime(), info.size()};
+    const auto nanoseconds = [](const timespec& time) { return qint64(time.tv_sec) * 1'000'000'000 + time.tv_nsec; };
+    return {nanoseconds(info.st_mtim), nanoseconds(info.st_ctim), qint64(info.st_size)};
 }
 
 bool existsAt(const QString& path)

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QDateTime>
 #include <QString>
 
 #include <optional>
@@ -30,8 +29,8 @@ FileBytes readWholeFile(const QString& path);
 // replacement or a copy that keeps the old times moves the change time.
 // Null (size -1) when nothing is at path.
 struct FileStamp {
-    QDateTime modified;
-    QDateTime changed;
+    qint64 modified = 0; // nanoseconds since the epoch
+    qint64 changed = 0;
     qint64 size = -1;
     bool operator==(const FileStamp&) const = default;
 };

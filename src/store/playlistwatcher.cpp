@@ -12,6 +12,8 @@ PlaylistWatcher::PlaylistWatcher(QObject* parent)
 
 void PlaylistWatcher::watch(const QString& folder, const QHash<QUuid, QString>& files)
 {
+    // The first time every stamp is fresh; later ones may have gone stale.
+    const bool first = m_files.isEmpty();
     QHash<QUuid, FileStamp> stamps;
     for (auto it = files.cbegin(); it != files.cend(); ++it)
         stamps.insert(it.key(), m_files.value(it.key()) == it.value() ? m_stamps.value(it.key()) : fileStamp(it.value()));
@@ -22,7 +24,24 @@ void PlaylistWatcher::watch(const QString& folder, const QHash<QUuid, QString>& 
             m_watcher.removePaths(m_watcher.directories());
         m_watcher.addPath(folder);
     }
-    rescan();
+    if (first)
+        watchFiles();
+    else
+        rescan();
+}
+
+void PlaylistWatcher::watchFiles()
+{
+    // A replaced file is a new file to the watcher: watch what is there now.
+    if (!m_watcher.files().isEmpty())
+        m_watcher.removePaths(m_watcher.files());
+    QStringList present;
+    for (auto it = m_files.cbegin(); it != m_files.cend(); ++it) {
+        if (m_stamps.value(it.key()).size >= 0)
+            present.append(it.value());
+    }
+    if (!present.isEmpty())
+        m_watcher.addPaths(present);
 }
 
 void PlaylistWatcher::noteWritten(const QUuid& id)
@@ -33,19 +52,15 @@ void PlaylistWatcher::noteWritten(const QUuid& id)
 
 void PlaylistWatcher::rescan()
 {
-    // A replaced file is a new file to the watcher: watch what is there now.
-    if (!m_watcher.files().isEmpty())
-        m_watcher.removePaths(m_watcher.files());
-    QStringList present;
+    QList<QUuid> changed;
     for (auto it = m_files.cbegin(); it != m_files.cend(); ++it) {
         const FileStamp stamp = fileStamp(it.value());
-        if (stamp.size >= 0)
-            present.append(it.value());
         if (stamp == m_stamps.value(it.key()))
             continue;
         m_stamps.insert(it.key(), stamp);
-        emit fileChanged(it.key());
+        changed.append(it.key());
     }
-    if (!present.isEmpty())
-        m_watcher.addPaths(present);
+    watchFiles();
+    for (const QUuid& id : changed)
+        emit fileChanged(id);
 }

@@ -29,6 +29,7 @@ signals:
 
 private:
     void rescan();
+    void watchFiles();
 
     QFileSystemWatcher m_watcher;
     QTimer m_settle; // one rescan for a burst of notifications
