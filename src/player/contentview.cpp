@@ -85,6 +85,9 @@ ContentView::~ContentView() = default;
 
 void ContentView::setTranslucent(bool translucent)
 {
+    // The shape made at construction is the opaque window's: keep it.
+    if (translucent == m_translucent)
+        return;
     m_translucent = translucent;
     setAttribute(Qt::WA_TranslucentBackground, translucent);
     updateMask();
