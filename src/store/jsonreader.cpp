@@ -282,10 +282,16 @@ JsonElement jsonArrayElement(QByteArrayView json, QLatin1StringView key, qsizety
         walk.at = 3;
     if (!walk.take('{'))
         return {};
-    // A key written with escapes is not recognised here; the caller then decodes it all.
+    // A key written with escapes, or the key again later, is another reading
+    // than the whole decoding's: the caller then decodes it all.
+    const QByteArray quotedKey = '"' + QByteArray(key.data(), key.size()) + '"';
+    const auto alone = [&](JsonElement element) {
+        const QByteArrayView rest = json.sliced(walk.at);
+        return rest.indexOf(quotedKey) < 0 && rest.indexOf("\\u") < 0 ? element : JsonElement{};
+    };
     while (walk.next() == '"') {
         QByteArrayView name;
-        if (!walk.string(&name) || !walk.take(':'))
+        if (!walk.string(&name) || !walk.take(':') || name.contains('\\'))
             return {};
         if (name != key) {
             if (!walk.value() || (!walk.take(',') && walk.next() != '}'))
@@ -296,12 +302,12 @@ JsonElement jsonArrayElement(QByteArrayView json, QLatin1StringView key, qsizety
             return {};
         for (qsizetype i = 0;; ++i) {
             if (walk.next() == ']')
-                return {JsonElement::Outcome::pastTheEnd, {}};
+                return alone({JsonElement::Outcome::pastTheEnd, {}});
             const qsizetype start = walk.at;
             if (!walk.value())
                 return {};
             if (i == index)
-                return {JsonElement::Outcome::found, json.sliced(start, walk.at - start)};
+                return alone({JsonElement::Outcome::found, json.sliced(start, walk.at - start)});
             if (!walk.take(',') && walk.next() != ']')
                 return {};
         }
