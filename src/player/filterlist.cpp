@@ -187,7 +187,7 @@ private:
     QList<qsizetype> m_shown; // ascending
 };
 
-FilterList::FilterList(QList<FilterEntry> entries, qsizetype current, int width, const QString& footer,
+FilterList::FilterList(QList<FilterEntry> entries, qsizetype current, qsizetype wholeRows, const QString& footer,
                        QWidget* parent)
     : QFrame(parent, Qt::Popup)
     , m_model(new FilterModel(std::move(entries), current, this))
@@ -200,7 +200,6 @@ FilterList::FilterList(QList<FilterEntry> entries, qsizetype current, int width,
     // Menus are drawn on the base colour, as the list's rows are.
     setBackgroundRole(QPalette::Base);
     setAutoFillBackground(true);
-    setFixedWidth(width);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(2, 2, 2, 2);
     layout->setSpacing(2);
@@ -246,6 +245,14 @@ FilterList::FilterList(QList<FilterEntry> entries, qsizetype current, int width,
         connect(m_footer, &QListView::clicked, this, &FilterList::chooseFooter);
         layout->addWidget(m_footer);
     }
+    // As wide as a menu of the first rows: their titles and the footer whole,
+    // beside the check column and the scroll bar.
+    int text = m_footer ? m_footer->fontMetrics().horizontalAdvance(footer) : 0;
+    for (qsizetype i = 0; i < std::min<qsizetype>(wholeRows, m_model->rowCount()); ++i)
+        text = std::max(text, m_list->fontMetrics().horizontalAdvance(m_model->index(int(i), 0).data().toString()));
+    setFixedWidth(text + menuRowChrome(m_list, m_list->font()).width()
+                  + style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, m_list)
+                  + layout->contentsMargins().left() + layout->contentsMargins().right() + 2 * frameWidth());
 }
 
 void FilterList::popup(const QPoint& at, std::optional<int> above)

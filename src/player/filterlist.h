@@ -30,9 +30,9 @@ class FilterList : public QFrame
     Q_OBJECT
 
 public:
-    // current is the entry marked as the current one (-1 none); footer is the text of a last entry
-    // below the list (none when empty).
-    FilterList(QList<FilterEntry> entries, qsizetype current, int width, const QString& footer = {},
+    // current is the entry marked as the current one (-1 none); the first wholeRows titles fit whole, as
+    // in a menu of them; footer is the text of a last entry below the list (none when empty).
+    FilterList(QList<FilterEntry> entries, qsizetype current, qsizetype wholeRows, const QString& footer = {},
                QWidget* parent = nullptr);
 
     // Shows it with its top-left at a global point, kept on that point's screen, or with its bottom

@@ -5,7 +5,6 @@
 #include <QGuiApplication>
 #include <QMenu>
 #include <QScreen>
-#include <QStyle>
 #include <QTimer>
 
 #include <malloc.h>
@@ -65,22 +64,14 @@ void openEntryList(const QList<FilterEntry>& entries, qsizetype current, const Q
                    const std::function<void(qsizetype)>& choose, const QString& footer,
                    const std::function<void()>& footerChosen)
 {
-    QMenu probe;
-    const qsizetype shown = std::min(entries.size(), menuEntriesOnScreen(QGuiApplication::screenAt(at)));
-    for (qsizetype i = 0; i < shown; ++i)
-        addMenuEntry(&probe, entries.at(i).title, i == current);
-    if (!footer.isEmpty())
-        probe.addAction(footer);
-    // The menu's width for its texts, and room for the list's scroll bar.
-    const int width = probe.sizeHint().width() + probe.style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 4;
-    auto* list = new FilterList(entries, current, width, footer);
+    const qsizetype wholeRows = menuEntriesOnScreen(QGuiApplication::screenAt(at));
+    auto* list = new FilterList(entries, current, wholeRows, footer);
     QObject::connect(list, &FilterList::chosen, list, choose);
     if (footerChosen)
         QObject::connect(list, &FilterList::footerChosen, list, footerChosen);
     // A long list leaves thousands of small freed blocks behind: give the
     // memory back once it is gone (its children go after this signal).
-    if (entries.size() > 1000) {
+    if (entries.size() > 1000)
         QObject::connect(list, &QObject::destroyed, qApp, [] { QTimer::singleShot(0, [] { malloc_trim(0); }); });
-    }
     list->popup(at, above);
 }
