@@ -237,6 +237,9 @@ private slots:
         QTest::newRow("not a list") << QByteArray("{\"tracks\": 5}") << 0 << "-" << true;
         QTest::newRow("a field missing") << QByteArray("{\"tracks\": [{\"trackName\": \"a\"}]}") << 0 << "-" << true;
         QTest::newRow("broken after it") << three.chopped(3) << 0 << "a" << false;
+        // The last of a key written twice is the list, also when written with escapes.
+        for (const char* again : {"tracks", "\\u0074racks"})
+            QTest::newRow(again) << "{\"tracks\": [" + track("a") + "], \"" + again + "\": [" + track("b") + "]}" << 0 << "b" << true;
     }
 
     void playlistsAreDecodedOncePerChange()

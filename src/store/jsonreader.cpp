@@ -4,6 +4,7 @@
 #include <QJsonParseError>
 
 #include <cctype>
+#include <cstring>
 
 QString withPairedSurrogates(QString text)
 {
@@ -286,8 +287,18 @@ JsonElement jsonArrayElement(QByteArrayView json, QLatin1StringView key, qsizety
     // than the whole decoding's: the caller then decodes it all.
     const QByteArray quotedKey = '"' + QByteArray(key.data(), key.size()) + '"';
     const auto alone = [&](JsonElement element) {
+        // Searched with the C library's vector code: this runs over the rest
+        // of a file of megabytes at every start.
         const QByteArrayView rest = json.sliced(walk.at);
-        return rest.indexOf(quotedKey) < 0 && rest.indexOf("\\u") < 0 ? element : JsonElement{};
+        if (memmem(rest.data(), size_t(rest.size()), quotedKey.data(), size_t(quotedKey.size())))
+            return JsonElement{};
+        const char* const end = rest.data() + rest.size();
+        for (const char* at = rest.data(); (at = static_cast<const char*>(memchr(at, '\\', size_t(end - at))));) {
+            if (end - at < 2 || at[1] == 'u')
+                return JsonElement{};
+            at += 2; // past the escaped character, which may be another backslash
+        }
+        return element;
     };
     while (walk.next() == '"') {
         QByteArrayView name;
