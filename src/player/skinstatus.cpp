@@ -22,9 +22,9 @@ QString ContentView::nowPlayingText() const
 
 void ContentView::updateTrackLines()
 {
-    // Told whatever the theme's text sizes: a line a theme leaves out is
-    // still the track's title or artist.
-    // Kept for painting, which must not touch the disk.
+    // Read here, when the store says the track may have changed, and kept
+    // for painting, which must not touch the disk. Told whatever the theme's
+    // text sizes: a line a theme leaves out is still the title or artist.
     m_shownTrack = currentTrack();
     const std::optional<Track>& track = m_shownTrack;
     const QString title = track ? track->trackName : QString(), artist = track ? track->artist : QString();

@@ -170,4 +170,5 @@ private:
     mutable std::optional<TrackRead> m_trackRead;
     mutable int m_playlistReads = 0;
     void keepTracksRead(TracksRead read) const;
+    const TracksRead* tracksReadAt(const QUuid& id, const FileStamp& stamp) const; // none when stale
 };

@@ -131,14 +131,21 @@ void Config::keepTracksRead(TracksRead read) const
         m_tracksRead.resize(kept);
 }
 
+const Config::TracksRead* Config::tracksReadAt(const QUuid& id, const FileStamp& stamp) const
+{
+    for (const TracksRead& read : std::as_const(m_tracksRead)) {
+        if (read.id == id && read.stamp == stamp)
+            return &read;
+    }
+    return nullptr;
+}
+
 std::optional<QList<Track>> Config::readPlaylistTracks(const QUuid& id) const
 {
     const QString path = playlistFileURL(id);
     const FileStamp stamp = fileStamp(path);
-    for (const TracksRead& read : std::as_const(m_tracksRead)) {
-        if (read.id == id && read.stamp == stamp)
-            return read.tracks;
-    }
+    if (const TracksRead* read = tracksReadAt(id, stamp))
+        return read->tracks;
     ++m_playlistReads;
     const FileBytes file = readWholeFile(path);
     Decoded<PlaylistData> data = file.bytes ? playlistDataFromJson(*file.bytes) : Decoded<PlaylistData>{};
@@ -146,15 +153,15 @@ std::optional<QList<Track>> Config::readPlaylistTracks(const QUuid& id) const
     if (data) {
         m_unreadablePlaylists.remove(id);
         tracks = std::move(data.value->tracks);
-        if (file.bytes->size() > (1 << 20))
+        if (file.bytes->size() > (1 << 20)) {
             tracks = packed(*tracks);
+            malloc_trim(0);
+        }
     } else {
         printLine(file.bytes ? data.error : file.error);
         m_unreadablePlaylists.insert(id);
     }
     keepTracksRead({id, stamp, tracks});
-    if (file.bytes && file.bytes->size() > (1 << 20))
-        malloc_trim(0);
     return tracks;
 }
 
@@ -162,10 +169,9 @@ std::optional<Track> Config::playlistTrack(const QUuid& id, qint64 index) const
 {
     const QString path = playlistFileURL(id);
     const FileStamp stamp = fileStamp(path);
-    for (const TracksRead& read : std::as_const(m_tracksRead)) {
-        if (read.id == id && read.stamp == stamp)
-            return read.tracks && index >= 0 && index < read.tracks->size() ? std::optional(read.tracks->at(index)) : std::nullopt;
-    }
+    if (const TracksRead* read = tracksReadAt(id, stamp))
+        return read->tracks && index >= 0 && index < read->tracks->size() ? std::optional(read->tracks->at(index))
+                                                                            : std::nullopt;
     if (index < 0)
         return std::nullopt;
     if (m_trackRead && m_trackRead->id == id && m_trackRead->index == index && m_trackRead->stamp == stamp)
